@@ -1,0 +1,46 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <string>
+
+namespace vliptc::platform {
+
+// A file mapped into memory, read-only or read-write (shared, so writes reach
+// the file). Unmaps and closes on destruction.
+class MappedFile {
+public:
+    enum class Access { ReadOnly, ReadWrite };
+    enum class Status {
+        Ok,
+        CannotOpen,  // missing, a folder, or no permission
+        Empty,       // size 0: nothing to map
+        CannotMap,   // mmap failed
+    };
+
+    MappedFile() = default;
+    MappedFile(const MappedFile&) = delete;
+    MappedFile& operator=(const MappedFile&) = delete;
+    MappedFile(MappedFile&& other) noexcept;
+    MappedFile& operator=(MappedFile&& other) noexcept;
+    ~MappedFile();
+
+    [[nodiscard]] Status Open(const std::string& path, Access access);
+    void Close() noexcept;
+
+    bool IsOpen() const noexcept { return m_data != nullptr; }
+    std::size_t Size() const noexcept { return m_size; }
+    const std::uint8_t* Data() const noexcept { return m_data; }
+    // Null unless mapped read-write.
+    std::uint8_t* MutableData() noexcept { return m_writable ? m_data : nullptr; }
+    std::span<const std::uint8_t> Bytes() const noexcept { return {m_data, m_size}; }
+
+private:
+    int m_fd = -1;
+    std::uint8_t* m_data = nullptr;
+    std::size_t m_size = 0;
+    bool m_writable = false;
+};
+
+}  // namespace vliptc::platform
