@@ -10,6 +10,8 @@
 // A binary disk file opened for reading or created for writing. Failures to
 // open, create, read or write throw CVLException. Number helpers write and read
 // least-significant byte first, the order of every host stream.
+// A created file is unbuffered, so a write that fails (a full disk) throws in
+// Write rather than being lost in Close.
 class CVLFile : public CVLBase {
 public:
     CVLFile() = default;
@@ -31,6 +33,7 @@ public:
     virtual unsigned Read(void* data, unsigned count);
     // Reads exactly count bytes or throws CVLException ("short stream").
     void ReadExact(void* data, unsigned count);
+    // Both throw CVLException when the file is not open.
     virtual std::int64_t GetFileSize() const;
     virtual std::int64_t GetPosition() const;
 
@@ -49,6 +52,9 @@ private:
 // A growable byte buffer with the file interface: a position, a size and a
 // buffer that can be fetched whole. Writing at the position overwrites and
 // extends; reading starts at the position too (Rewind before reading back).
+// The capacity grows in whole multiples of the step, and by at least half of
+// itself, so appending a whole image file piecewise stays linear.
+// Open and Create throw CVLException: a memory file has no path.
 class CVLMemFile : public CVLFile {
 public:
     // (owned flag of the host signature, initial capacity, growth step).

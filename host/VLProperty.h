@@ -28,14 +28,19 @@ class CVLFile;
 //
 // String() for each kind:
 //   empty -> ""; text -> the bytes verbatim; the numbers -> decimal;
-//   real -> the shortest text that reads back as exactly the same double;
-//   date -> "YYYY-MM-DD"; time -> "HH:MM:SS";
-//   blob -> "[N bytes: 01 02 03 ...]" showing at most the first 16 bytes, so a
-//   thumbnail never turns into megabytes of hex.
+//   real -> the shortest text that reads back as exactly the same double
+//           ("0.1", "-2", "1e+300", "nan", "inf");
+//   date -> "YYYY-MM-DD"; time -> "HH:MM:SS"; "" when the value is not a
+//           valid date (an invalid COleDateTime was stored);
+//   blob -> "[N bytes: 01 02 03]", upper-case hex of at most the first 16
+//           bytes followed by " ..." when there are more, "[0 bytes]" when
+//           empty, so a thumbnail never turns into megabytes of hex.
 //
 // Order and equality: kinds compare first (by code), then values: text and blob
-// as unsigned bytes, numbers numerically, reals, dates and times by a total
-// order of doubles (so NaN is ordered too). Equal means neither is less.
+// as unsigned bytes (byte-wise, a shorter prefix first), numbers numerically,
+// reals, dates and times numerically with -0 equal to +0 and every NaN equal
+// to every other and above all numbers, so the order stays total (std::map
+// keys and std::sort need that). Equal means neither is less.
 //
 // Stream form (operator<< / operator>> on a CVLFile), the form of the template
 // file and of the private clipboard format:
@@ -43,8 +48,11 @@ class CVLFile;
 //   4 bytes payload length, unsigned 32-bit, least-significant byte first
 //   payload text/blob: the bytes; kinds 2 and 3: 2 bytes LE; kind 4: 4 bytes LE;
 //           kinds 5, 7, 8: the IEEE double, 8 bytes LE; empty: nothing.
-// Reading throws CVLException on a short stream, an unknown kind or a payload
-// length that does not suit the kind.
+// Reading throws CVLException on a short stream, an unknown kind, a payload
+// length that does not suit the kind, or one over
+// vliptc::limits::kMaxPropertyPayloadBytes; it never allocates more than the
+// bytes left in the file, and leaves the property unchanged when it throws.
+// Writing a text or blob over that limit throws too (it could not be read back).
 class CVLProperty : public CVLBase {
 public:
     enum EKind : std::uint8_t {
@@ -76,20 +84,26 @@ public:
     void SetString(const char* text);
     // Zero-terminated UTF-16; stored as Windows-1252 text ("?" for what it lacks).
     void SetString(const char16_t* wide);
+    // Throws CVLException for null data with a non-zero size.
     void SetBlob(const void* data, std::uint32_t size);
-    // Typed setters for the numeric kinds; kind must be kNumber16LE or kNumber16.
+    // Typed setters for the numeric kinds; kind must be kNumber16LE or
+    // kNumber16 (anything else throws CVLException).
     void SetNumber16(std::int16_t value, std::uint8_t kind = kNumber16);
     void SetInt32(std::int32_t value);
     void SetDouble(double value);
-    void SetDate(const COleDateTime& date);  // keeps the date part only
-    void SetTime(const COleDateTime& time);  // keeps the time of day only
+    // Both break the value down (rounded to the second, as it displays) and
+    // keep one half: the date at 00:00:00, or the time of day on 1899-12-30.
+    // An invalid COleDateTime is stored as NaN and reads back invalid.
+    void SetDate(const COleDateTime& date);
+    void SetTime(const COleDateTime& time);
     void Clear() noexcept;
 
     // The value as text; the format argument is accepted for the host's
     // signature and ignored (the library always passes null).
     std::string String(const char* format = nullptr) const;
 
-    // Typed getters. Numbers convert between the numeric kinds; anything else
+    // Typed getters. Numbers convert between the numeric kinds (a real to an
+    // integer truncates toward zero and clamps; NaN gives 0); anything else
     // gives 0. GetDateTime gives an invalid COleDateTime for non-date kinds.
     std::int32_t GetInt32() const noexcept;
     double GetDouble() const noexcept;

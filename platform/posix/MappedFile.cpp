@@ -1,1 +1,78 @@
-// placeholder: being written
+// POSIX implementation of MappedFile: open + fstat + mmap. The descriptor stays
+// open as long as the mapping, as the handle pair does on Windows.
+
+#include "platform/MappedFile.h"
+
+#include <cstdint>
+#include <limits>
+#include <utility>
+
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace vliptc::platform {
+
+MappedFile::MappedFile(MappedFile&& other) noexcept
+    : m_fd(std::exchange(other.m_fd, -1)),
+      m_data(std::exchange(other.m_data, nullptr)),
+      m_size(std::exchange(other.m_size, 0)),
+      m_writable(std::exchange(other.m_writable, false)) {}
+
+MappedFile& MappedFile::operator=(MappedFile&& other) noexcept {
+    if (this != &other) {
+        Close();
+        m_fd = std::exchange(other.m_fd, -1);
+        m_data = std::exchange(other.m_data, nullptr);
+        m_size = std::exchange(other.m_size, 0);
+        m_writable = std::exchange(other.m_writable, false);
+    }
+    return *this;
+}
+
+MappedFile::~MappedFile() {
+    Close();
+}
+
+MappedFile::Status MappedFile::Open(const std::string& path, Access access) {
+    Close();
+    const bool writable = access == Access::ReadWrite;
+    // O_NONBLOCK keeps a FIFO at the path from stalling the open; anything
+    // that is not a regular file is refused after fstat.
+    const int fd = ::open(path.c_str(), (writable ? O_RDWR : O_RDONLY) | O_CLOEXEC | O_NONBLOCK);
+    if (fd < 0) return Status::CannotOpen;  // read-write open of a folder fails here (EISDIR)
+
+    auto fail = [fd](Status status) {
+        ::close(fd);
+        return status;
+    };
+    struct stat st {};
+    if (::fstat(fd, &st) != 0 || !S_ISREG(st.st_mode)) return fail(Status::CannotOpen);
+    if (st.st_size == 0) return fail(Status::Empty);  // mmap refuses a length of 0
+    if (static_cast<std::uint64_t>(st.st_size) > std::numeric_limits<std::size_t>::max()) {
+        return fail(Status::CannotMap);
+    }
+
+    const auto size = static_cast<std::size_t>(st.st_size);
+    // MAP_SHARED: writes through the map go to the file itself.
+    void* data = ::mmap(nullptr, size, writable ? PROT_READ | PROT_WRITE : PROT_READ, MAP_SHARED, fd, 0);
+    if (data == MAP_FAILED) return fail(Status::CannotMap);
+
+    m_fd = fd;
+    m_data = static_cast<std::uint8_t*>(data);
+    m_size = size;
+    m_writable = writable;
+    return Status::Ok;
+}
+
+void MappedFile::Close() noexcept {
+    if (m_data != nullptr) ::munmap(m_data, m_size);
+    if (m_fd >= 0) ::close(m_fd);
+    m_fd = -1;
+    m_data = nullptr;
+    m_size = 0;
+    m_writable = false;
+}
+
+}  // namespace vliptc::platform
