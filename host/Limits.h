@@ -15,4 +15,17 @@ inline constexpr std::uint64_t kMaxDefinitionFileBytes = 32u * 1024 * 1024;
 // than this (the whole IIM block is capped at 64 KiB; EXIF blobs stay far below).
 inline constexpr std::uint32_t kMaxPropertyPayloadBytes = 16u * 1024 * 1024;
 
+// TIFF: directories visited in one file (the chain of IFDs plus the EXIF and
+// GPS directories they point to). Real files have a handful; a longer chain
+// is a loop or an attack.
+inline constexpr std::uint32_t kMaxTiffDirectories = 256;
+// Entries read from one TIFF directory (the count field allows 65,535; real
+// directories hold well under 200). The writer refuses a longer directory
+// rather than shift offsets it has not seen.
+inline constexpr std::uint32_t kMaxTiffEntriesPerDirectory = 4096;
+
+// Photoshop image resources walked in one image-resource section (real
+// documents carry a few dozen).
+inline constexpr std::uint32_t kMaxImageResources = 65536;
+
 }  // namespace vliptc::limits

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <optional>
 #include <string>
@@ -24,7 +25,8 @@
 //   "value"                   or "SID n" (synonyms: "keyword","syn","syn")
 //   ]                         closes it
 // Quotes protect blanks and line feeds; a doubled quote gives one literal
-// quote and also toggles quoting (kept from the original reader).
+// quote and also toggles quoting (existing files are read that way, so the
+// rule stays). A last line without a line feed is ignored.
 class CVLIPTCINI {
 public:
     enum ETagType : std::uint32_t {
@@ -36,12 +38,12 @@ public:
 
     // One tag descriptor.
     struct STagInfo {
-        std::uint32_t nID = 0;           // IIM dataset number (record 2)
-        std::int32_t bNonStandard = 0;   // 1 when "STANDARD" read as 0
+        std::uint32_t nID = 0;          // IIM dataset number (record 2)
+        std::int32_t bNonStandard = 0;  // 1 when "STANDARD" read as 0
         std::uint32_t nType = kTypeString;
-        std::string strVendor;           // owner of a non-standard field
-        std::string strName;             // display name
-        std::string strDesc;             // help text
+        std::string strVendor;  // owner of a non-standard field
+        std::string strName;    // display name
+        std::string strDesc;    // help text
         std::int32_t nMinLen = 0;
         std::int32_t nMaxLen = 0;
         std::int32_t nMandatory = 0;
@@ -63,7 +65,8 @@ public:
 
     // Both folders must end with a path separator (plain concatenation).
     // Returns the result of the last definition file parsed; false when
-    // neither could be read.
+    // neither could be read. Missing, empty and unreadable files are skipped,
+    // and so is a file larger than vliptc::limits::kMaxDefinitionFileBytes.
     bool Load(const std::string& definitionFolder, const std::string& userFolder);
     // Parses one whole file held in a zero-terminated buffer.
     bool LoadINIFile(char* buffer);
@@ -77,7 +80,14 @@ public:
     bool IsDirty() const;
 
     // User lists ("ID" sections of "vliptcusr.dat").
+    // Reads "vliptcusr.dat" when it is a file, replacing the user lists and
+    // the synonyms; always true.
     bool LoadUserLists();
+    // Writes the user lists and synonyms to "vliptcusr.dat", keeping the
+    // previous file as "vliptcusr.dat.bak". False when the previous file could
+    // not be moved to the backup, or when writing threw (the backup is then
+    // moved back). A file that merely cannot be created still gives true.
+    // Does nothing before Load.
     bool StoreUserLists();
     bool GetUserList(std::uint32_t id, std::vector<CVLProperty>& values) const;
     bool SetUserList(std::uint32_t id, const std::vector<CVLProperty>& values);
@@ -99,22 +109,38 @@ protected:
     bool ParseList(const char*& cursor, bool userMode);
     bool NextLineMultiple(const char*& cursor, std::vector<CVLProperty>& values);
 
+    // The exact bytes StoreUserLists writes to "vliptcusr.dat" for the lists
+    // and synonyms held now (CR LF line ends).
+    void FormatUserLists(std::string& text) const;
+
+    // Called by StoreUserLists after the new "vliptcusr.dat" has been written
+    // and before it is closed. Empty by default; a test throws from it to
+    // exercise the rollback to the ".bak" backup.
+    std::function<void()> m_afterUserListsWritten;
+
 private:
-    // Reads a whole file and parses it with parse(); false when unreadable.
-    bool ReadAndParse(const std::string& path, bool (CVLIPTCINI::*parse)(char*));
-    bool ParseUserListBuffer(char* buffer);
-    void AddTagIfValid(STagInfo& tag);
+    struct ListContext;  // lookup tables that keep list parsing linear
+
+    // Reads a whole definition or user-list file into buffer; false (and
+    // buffer empty) when the file is missing, empty, unreadable or larger
+    // than vliptc::limits::kMaxDefinitionFileBytes.
+    bool ReadFileToBuffer(const std::string& path, std::string& buffer) const;
+    void FreeBuffer() noexcept;
+    void ParseValueSection(const char*& cursor, std::uint32_t id, bool userMode, ListContext& context);
+    void ParseSynonymSection(const char*& cursor, std::uint32_t id, ListContext& context);
     void EnsureKeywordSynonyms();
 
     std::vector<STagInfo> m_tags;
-    std::string m_buffer;            // text of the file being parsed
-    std::string m_tagsPath;          // definitions folder + "vliptctags.ipt"
-    std::string m_userDataPath;      // user folder + "vliptcusr.dat"
-    std::string m_userTagsPath;      // user folder + "vliptcusr.ipt"
+    std::string m_buffer;        // text of the file being parsed, freed after it
+    std::string m_tagsPath;      // definitions folder + "vliptctags.ipt"
+    std::string m_userDataPath;  // user folder + "vliptcusr.dat"
+    std::string m_userTagsPath;  // user folder + "vliptcusr.ipt"
     UserListMap m_userLists;
     SynonymMap m_synonyms;
     bool m_loaded = false;
+    // Last-write times at Load; nullopt for a file that was missing then.
     std::optional<vliptc::platform::FileTime> m_tagsTime;
     std::optional<vliptc::platform::FileTime> m_userDataTime;
     std::optional<vliptc::platform::FileTime> m_userTagsTime;
+    ListContext* m_listContext = nullptr;  // set while LoadLists runs
 };

@@ -11,6 +11,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "platform/FaultInjection.h"
 #include "platform/internal/PosixFiles.h"
 
 namespace vliptc::platform {
@@ -175,6 +176,10 @@ bool SetFileTimes(const std::string& path, const FileTimes& times) {
 }
 
 bool RenameNoReplace(const std::string& from, const std::string& to) {
+    if (fault::ShouldFail(fault::Step::Rename)) {
+        errno = EIO;
+        return false;
+    }
     if (::renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0) {
         return true;
     }
@@ -186,6 +191,10 @@ bool RenameNoReplace(const std::string& from, const std::string& to) {
 }
 
 bool RemoveFile(const std::string& path) {
+    if (fault::ShouldFail(fault::Step::Remove)) {
+        errno = EIO;
+        return false;
+    }
     return ::unlink(path.c_str()) == 0;
 }
 
