@@ -204,7 +204,6 @@ TEST(CodecFormatIPTCString, Placeholders) {
         {"By #80, #999 #x", "By A; B,  #x"},
         {"", ""},
         {"#", "#"},
-        {"100#", "100#"},
         {"##80#", "#A; B#"},
         {"#080x", "A; Bx"},
         {"#+80 # 80", "A; B A; B"},  // read as "%d" reads: sign and leading blanks

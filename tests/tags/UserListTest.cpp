@@ -26,22 +26,11 @@ std::vector<CVLProperty> Props(const Words& words) {
 constexpr const char* kKeywordTag = "{\nID 25\nNAME Keywords\n}\n";
 
 TEST(UserLists, ReadFromUserData) {
-    TagFolder folder;
-    WriteFile(folder.Tags(), kKeywordTag);
     std::string data =
         "; lists of the user\r\n"
-        "[\r\n"
-        "ID\t25\r\n"
-        "\"sun\"\r\n"
-        "  sea  \r\n"
-        "sun\r\n"
-        "]\r\n"
-        "[\r\n"
-        "ID\t999\r\n"
-        "\"kept without a descriptor\"\r\n"
-        "]\r\n"
-        "[\r\n"
-        "SID\t25\r\n"
+        "[\r\nID\t25\r\n\"sun\"\r\n  sea  \r\nsun\r\n]\r\n"
+        "[\r\nID\t999\r\n\"kept without a descriptor\"\r\n]\r\n"
+        "[\r\nSID\t25\r\n"
         "\"sea\",\"ocean\",\"ocean\",\"water\",\"ocean\"\r\n"
         "\"sea\",\"brine\",\"water\"\r\n"
         "\"sky\", \"blue\"\r\n"
@@ -54,8 +43,7 @@ TEST(UserLists, ReadFromUserData) {
         if (i % 7 == 0) data += ",\"s" + std::to_string(i / 2) + "\"";
     }
     data += "\r\n]\r\n[\r\nSID\t7\r\n\"x\",\"y\"\r\n]\r\n";
-    WriteFile(folder.UserData(), data);
-
+    TagFolder folder(kKeywordTag, data.c_str());
     CVLIPTCINI ini;
     ASSERT_TRUE(folder.Load(ini));
     std::vector<CVLProperty> values;
@@ -87,9 +75,7 @@ TEST(UserLists, ReadFromUserData) {
 }
 
 TEST(UserLists, BadSectionHeaderDropsTheRest) {
-    TagFolder folder;
-    WriteFile(folder.Tags(), kKeywordTag);
-    WriteFile(folder.UserData(), "[\nID 5\na\n]\n[\nNAME 6\nb\n]\n[\nID 7\nc\n]\n");
+    TagFolder folder(kKeywordTag, "[\nID 5\na\n]\n[\nNAME 6\nb\n]\n[\nID 7\nc\n]\n");
     CVLIPTCINI ini;
     EXPECT_TRUE(folder.Load(ini)) << "the user data never decides Load's result";
     EXPECT_EQ(ini.UserLists().size(), 1u);
@@ -98,8 +84,7 @@ TEST(UserLists, BadSectionHeaderDropsTheRest) {
 }
 
 TEST(UserLists, WriterText) {
-    TagFolder folder;
-    WriteFile(folder.Tags(), std::string(kKeywordTag) + "[\nSID 20\n\"cat\",\"feline\"\n]\n");
+    TagFolder folder(std::string(kKeywordTag) + "[\nSID 20\n\"cat\",\"feline\"\n]\n");
     CVLIPTCINI ini;
     EXPECT_TRUE(ini.StoreUserLists()) << "nothing to do before Load";
     EXPECT_FALSE(platform::Exists(folder.UserData()));
@@ -123,8 +108,7 @@ TEST(UserLists, WriterText) {
 }
 
 TEST(UserLists, SaveAndLoadAgain) {
-    TagFolder folder;
-    WriteFile(folder.Tags(), kKeywordTag);
+    TagFolder folder(kKeywordTag);
     CVLIPTCINI ini;
     ASSERT_TRUE(folder.Load(ini));
     const Words keywords{"sun", "sea", "sea", "caf\xE9", "two words", "[x]", "line\r\nbreak", "4294967295"};
@@ -166,8 +150,7 @@ TEST(UserLists, ValuesThatDoNotSurviveASave) {
         {"say \"hi\"", {}},                  // the pair reopens quoting
     };
     for (const Case& c : cases) {
-        TagFolder folder;
-        WriteFile(folder.Tags(), kKeywordTag);
+        TagFolder folder(kKeywordTag);
         CVLIPTCINI ini;
         ASSERT_TRUE(folder.Load(ini));
         ASSERT_TRUE(ini.SetUserList(5, Props({c.value, "next"})));
@@ -179,63 +162,53 @@ TEST(UserLists, ValuesThatDoNotSurviveASave) {
     }
 }
 
-class ThrowingINI : public OpenINI {
-public:
-    ThrowingINI() {
-        m_afterUserListsWritten = [] { throw std::runtime_error("disk gone"); };
-    }
-};
+constexpr const char* kPrevious = "[\nID 25\nold\n]\n";
 
+// Loads the folder into ini and replaces the keyword list, ready for a save.
+void LoadAndReplace(const TagFolder& folder, CVLIPTCINI& ini) {
+    ASSERT_TRUE(folder.Load(ini));
+    ASSERT_TRUE(ini.SetUserList(25, Props({"new"})));
+}
+
+// The outcomes of a save over the previous list, one hurdle at a time.
 TEST(UserLists, BackupAndRollback) {
-    const std::string previous = "[\nID 25\nold\n]\n";
-
     {  // A save keeps the previous file as the backup, replacing an older one.
-        TagFolder folder;
-        WriteFile(folder.Tags(), kKeywordTag);
-        WriteFile(folder.UserData(), previous);
+        TagFolder folder(kKeywordTag, kPrevious);
         WriteFile(folder.Backup(), "stale backup");
         CVLIPTCINI ini;
-        ASSERT_TRUE(folder.Load(ini));
-        ini.SetUserList(25, Props({"new"}));
+        LoadAndReplace(folder, ini);
         ASSERT_TRUE(ini.StoreUserLists());
-        EXPECT_EQ(ReadFile(folder.Backup()), previous);
+        EXPECT_EQ(ReadFile(folder.Backup()), kPrevious);
         const std::string first = ReadFile(folder.UserData());
         EXPECT_NE(first.find("\"new\""), std::string::npos);
         ASSERT_TRUE(ini.StoreUserLists());
         EXPECT_EQ(ReadFile(folder.Backup()), first);
     }
     {  // An exception while writing puts the previous file back.
-        TagFolder folder;
-        WriteFile(folder.Tags(), kKeywordTag);
-        WriteFile(folder.UserData(), previous);
-        ThrowingINI ini;
-        ASSERT_TRUE(folder.Load(ini));
-        ini.SetUserList(25, Props({"new"}));
+        TagFolder folder(kKeywordTag, kPrevious);
+        OpenINI ini;
+        ini.m_afterUserListsWritten = [] { throw std::runtime_error("disk gone"); };
+        LoadAndReplace(folder, ini);
         EXPECT_FALSE(ini.StoreUserLists());
-        EXPECT_EQ(ReadFile(folder.UserData()), previous);
+        EXPECT_EQ(ReadFile(folder.UserData()), kPrevious);
         EXPECT_FALSE(platform::Exists(folder.Backup()));
         EXPECT_FALSE(ini.IsDirty()) << "the restored file is the one we loaded";
     }
     {  // A backup that cannot be removed stops the save before anything moves.
-        TagFolder folder;
-        WriteFile(folder.Tags(), kKeywordTag);
-        WriteFile(folder.UserData(), previous);
+        TagFolder folder(kKeywordTag, kPrevious);
         ASSERT_EQ(::mkdir(folder.Backup().c_str(), 0755), 0);
         WriteFile(folder.Backup() + "/inside", "x");
         CVLIPTCINI ini;
-        ASSERT_TRUE(folder.Load(ini));
-        ini.SetUserList(25, Props({"new"}));
+        LoadAndReplace(folder, ini);
         EXPECT_FALSE(ini.StoreUserLists());
-        EXPECT_EQ(ReadFile(folder.UserData()), previous);
+        EXPECT_EQ(ReadFile(folder.UserData()), kPrevious);
         EXPECT_TRUE(platform::IsDirectory(folder.Backup()));
     }
     {  // A data file that cannot be created is a stream error, not a failure.
-        TagFolder folder;
-        WriteFile(folder.Tags(), kKeywordTag);
+        TagFolder folder(kKeywordTag);
         ASSERT_EQ(::mkdir(folder.UserData().c_str(), 0755), 0);
         CVLIPTCINI ini;
-        ASSERT_TRUE(folder.Load(ini));
-        ini.SetUserList(25, Props({"new"}));
+        LoadAndReplace(folder, ini);
         EXPECT_TRUE(ini.StoreUserLists());
         EXPECT_TRUE(platform::IsDirectory(folder.UserData()));
         EXPECT_FALSE(platform::Exists(folder.Backup()));
@@ -244,17 +217,14 @@ TEST(UserLists, BackupAndRollback) {
 
 TEST(UserLists, ReadOnlyFolderKeepsTheFile) {
     if (::geteuid() == 0) GTEST_SKIP() << "permissions do not bind root";
-    TagFolder folder;
-    WriteFile(folder.Tags(), kKeywordTag);
-    WriteFile(folder.UserData(), "[\nID 25\nold\n]\n");
+    TagFolder folder(kKeywordTag, kPrevious);
     CVLIPTCINI ini;
-    ASSERT_TRUE(folder.Load(ini));
-    ini.SetUserList(25, Props({"new"}));
+    LoadAndReplace(folder, ini);
     ASSERT_EQ(::chmod(folder.dir.Path().c_str(), 0555), 0);
     const bool saved = ini.StoreUserLists();
     ::chmod(folder.dir.Path().c_str(), 0755);
     EXPECT_FALSE(saved) << "the move to the backup fails";
-    EXPECT_EQ(ReadFile(folder.UserData()), "[\nID 25\nold\n]\n");
+    EXPECT_EQ(ReadFile(folder.UserData()), kPrevious);
 }
 
 }  // namespace
