@@ -28,4 +28,27 @@ inline constexpr std::uint32_t kMaxTiffEntriesPerDirectory = 4096;
 // documents carry a few dozen).
 inline constexpr std::uint32_t kMaxImageResources = 65536;
 
+// EXIF reader (CVLEXIF::LoadFile). Directories and entries are capped by the
+// TIFF caps above: at most kMaxTiffDirectories directories in one read (the
+// chain of IFDs plus every EXIF and GPS directory they point to) and the
+// first kMaxTiffEntriesPerDirectory entries of each. A chain that links back
+// to a directory already walked ends there, as if its link were zero.
+//
+// Nesting: the reader follows the EXIF and GPS pointers of the chain's
+// directories and no pointer inside those directories, so directories nest
+// one level deep at most, whatever the file claims.
+inline constexpr std::uint32_t kMaxExifDirectoryDepth = 1;
+// Values stored in the catalogue by one read (an entry that would pass it is
+// absent). A SHORT or LONG entry may claim 65,535 values that cost the file
+// nothing (they repeat its value field); real files stay below a few tens of
+// thousands (the strip tables of tall TIFFs).
+inline constexpr std::uint32_t kMaxExifValuesPerRead = 1u << 18;
+// Bytes copied into blobs and texts by one read (an entry that would pass it
+// is absent); maker notes, embedded profiles and resource blocks of a large
+// TIFF are a few megabytes.
+inline constexpr std::uint64_t kMaxExifBytesPerRead = 256u * 1024 * 1024;
+// A Photoshop image resource of this size or more (20 MiB) ends the EXIF
+// reader's walk of a Photoshop file's resources, as a broken block does.
+inline constexpr std::uint32_t kMaxExifResourceBytes = 20971520;
+
 }  // namespace vliptc::limits

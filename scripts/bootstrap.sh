@@ -8,6 +8,11 @@ packages=(
   clang libclang-rt-14-dev            # libFuzzer and the sanitizers
   googletest libgtest-dev libgmock-dev
   libbenchmark-dev
+  nlohmann-json3-dev                  # JSON of the corpus oracle and of exiftool in the container tests
+  libimage-exiftool-perl exiv2        # interop: files we write are read back by both
+  libjpeg-turbo-progs                 # djpeg: decoded pixels stay identical after a write
+  libcli11-dev                        # argument parsing of the vliptc tool
+  imagemagick                         # scripts/make-examples.sh draws the sample images
 )
 
 missing=()

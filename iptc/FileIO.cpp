@@ -1,0 +1,258 @@
+// The file operations of CIPTC: reading a file's IPTC block into the store
+// and writing the store back, with the choice of container and the ".CRW"
+// companion rule.
+
+#include <algorithm>
+#include <filesystem>
+#include <initializer_list>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <system_error>
+#include <vector>
+
+#include "host/ByteOrder.h"
+#include "iptc/IPTC.h"
+#include "iptc/internal/Containers.h"
+#include "iptc/internal/IPTCReader.h"
+#include "platform/FileSystem.h"
+#include "platform/MappedFile.h"
+
+namespace {
+
+using vliptc::iptc::BlockLocation;
+using vliptc::iptc::LocateResult;
+
+// Extensions by which the writer is chosen (compared upper-cased).
+constexpr const char* kRawExtension = ".CRW";
+constexpr const char* kCompanionLower = ".thm";
+constexpr const char* kCompanionUpper = ".THM";
+
+// Magic numbers by which the reader recognises a container.
+constexpr std::uint8_t kJpegFirst = 0xFF;
+constexpr std::uint8_t kJpegSOI = 0xD8;
+constexpr std::uint32_t kTrailerMagic = 0xA1B2C3D4;
+
+char UpperAscii(char c) {
+    return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
+}
+
+std::string Upper(std::string text) {
+    std::transform(text.begin(), text.end(), text.begin(), UpperAscii);
+    return text;
+}
+
+// Where the extension of the file name starts (its last "."), or npos. A dot
+// in a folder name does not count.
+std::size_t ExtensionStart(const std::string& path) {
+    const std::size_t dot = path.rfind('.');
+    const std::size_t slash = path.find_last_of("/\\");
+    if (dot == std::string::npos || (slash != std::string::npos && dot < slash)) return std::string::npos;
+    return dot;
+}
+
+std::string UpperExtension(const std::string& path) {
+    const std::size_t dot = ExtensionStart(path);
+    return dot == std::string::npos ? std::string() : Upper(path.substr(dot));
+}
+
+// The ".thm" companion of a ".CRW" file: the same folder and base name with
+// the extension ".thm". Cameras write ".THM", and on a case-sensitive file
+// system the name must be found whatever its case: ".thm" first, then
+// ".THM", then any other spelling (the first in name order, so the choice
+// does not depend on the order of the folder listing).
+std::optional<std::string> FindCompanion(const std::string& path) {
+    const std::string base = path.substr(0, ExtensionStart(path));
+    for (const char* extension : {kCompanionLower, kCompanionUpper}) {
+        const std::string candidate = base + extension;
+        if (vliptc::platform::IsRegularFile(candidate)) return candidate;
+    }
+    const std::size_t slash = base.find_last_of('/');
+    const std::string folder = slash == std::string::npos ? std::string(".") : base.substr(0, slash + 1);
+    const std::string stem = slash == std::string::npos ? base : base.substr(slash + 1);
+    std::error_code error;
+    std::vector<std::string> matches;
+    for (std::filesystem::directory_iterator it(folder, error), end; !error && it != end; it.increment(error)) {
+        const std::string name = it->path().filename().string();
+        if (name.size() == stem.size() + 4 && name.compare(0, stem.size(), stem) == 0 &&
+            Upper(name.substr(stem.size())) == kCompanionUpper) {
+            matches.push_back(name);
+        }
+    }
+    if (matches.empty()) return std::nullopt;
+    std::sort(matches.begin(), matches.end());
+    const std::string candidate = base.substr(0, slash == std::string::npos ? 0 : slash + 1) + matches.front();
+    return vliptc::platform::IsRegularFile(candidate) ? std::optional<std::string>(candidate) : std::nullopt;
+}
+
+// The file a path stands for: the path itself, or the companion of a ".CRW".
+// nullopt when a ".CRW" has no companion.
+std::optional<std::string> TargetOf(const std::string& path) {
+    if (UpperExtension(path) != kRawExtension) return path;
+    return FindCompanion(path);
+}
+
+CIPTC::EError ErrorOf(vliptc::platform::MappedFile::Status status) {
+    switch (status) {
+        case vliptc::platform::MappedFile::Status::Ok:
+            return CIPTC::kSuccess;
+        case vliptc::platform::MappedFile::Status::CannotOpen:
+            return CIPTC::kCannotOpen;
+        case vliptc::platform::MappedFile::Status::Empty:
+            return CIPTC::kEmptyFile;
+        case vliptc::platform::MappedFile::Status::CannotMap:
+            return CIPTC::kCannotMapOrWrite;
+    }
+    return CIPTC::kCannotOpen;
+}
+
+bool EndsWithTrailerMagic(std::span<const std::uint8_t> file) {
+    return file.size() >= 4 &&
+           vliptc::bytes::Read32(file, file.size() - 4, vliptc::bytes::ByteOrder::kBigEndian) == kTrailerMagic;
+}
+
+bool StartsWith(std::span<const std::uint8_t> file, std::initializer_list<std::uint8_t> magic) {
+    return file.size() >= magic.size() && std::equal(magic.begin(), magic.end(), file.begin());
+}
+
+// The container by its content (the extension does not decide: a ".THM" is a
+// JPEG, raw files of several extensions are TIFFs).
+std::optional<CIPTC::EFormat> ContainerOf(std::span<const std::uint8_t> file) {
+    if (StartsWith(file, {kJpegFirst, kJpegSOI})) return CIPTC::kFormatJPEG;
+    if (StartsWith(file, {'I', 'I'}) || StartsWith(file, {'M', 'M'})) return CIPTC::kFormatTIFF;
+    if (StartsWith(file, {'8', 'B', 'P', 'S'})) return CIPTC::kFormatPSD;
+    return std::nullopt;
+}
+
+LocateResult Locate(CIPTC::EFormat format, std::span<const std::uint8_t> file) {
+    switch (format) {
+        case CIPTC::kFormatJPEG:
+            return vliptc::iptc::LocateInJPEG(file);
+        case CIPTC::kFormatTIFF:
+            return vliptc::iptc::LocateInTIFF(file);
+        case CIPTC::kFormatPSD:
+            return vliptc::iptc::LocateInPSD(file);
+        case CIPTC::kFormatTrailer:
+            return vliptc::iptc::LocateInTrailer(file);
+        case CIPTC::kFormatUnknown:
+            break;
+    }
+    LocateResult unknown;
+    unknown.error = CIPTC::kUnsupportedFormat;
+    return unknown;
+}
+
+struct BlobDeleter {
+    void operator()(std::uint8_t* data) const noexcept { delete[] data; }
+};
+
+}  // namespace
+
+// Reads the first location that decodes. Each candidate is decoded with a
+// reader over that location alone, so no value can reach outside the segment,
+// resource section or chunk it belongs to. Numbers are read most-significant
+// byte first in every container: IIM data inside an "II" TIFF are stored so
+// too (the record version 0x0200 still switches a block to the other order).
+CIPTC::EError CIPTC::ReadIPTCBlob(const char* path, SIPTCFormatInfo& format) {
+    if (!m_initialized) return kNotInitialized;
+    m_path = path != nullptr ? path : "";
+    const std::optional<std::string> target = TargetOf(m_path);
+    if (!target) return kCannotOpen;
+    ResetFields();
+    format = SIPTCFormatInfo{};
+
+    vliptc::platform::MappedFile map;
+    const EError opened = ErrorOf(map.Open(*target, vliptc::platform::MappedFile::Access::ReadOnly));
+    if (opened != kSuccess) return opened;
+    const auto file = map.Bytes();
+
+    auto decodeFirst = [this, file](const LocateResult& located) {
+        for (const BlockLocation& location : located.candidates) {
+            const auto region = vliptc::bytes::Slice(file, location.offset, location.size);
+            if (!region) continue;
+            CIPTCReader reader(*region, true);
+            const EError decoded = location.kind == BlockLocation::Kind::kIIM ? DecodeIIM(reader, region->size())
+                                                                              : DecodeImageResources(reader, region->size());
+            if (decoded == kSuccess) return true;
+        }
+        return false;
+    };
+
+    // A trailer chunk is looked at first: a file that carries one has it
+    // written together with its own container, and it is what the writer
+    // updates first for format 3.
+    if (EndsWithTrailerMagic(file)) {
+        const LocateResult located = vliptc::iptc::LocateInTrailer(file);
+        if (located.error == kSuccess && decodeFirst(located)) {
+            format = SIPTCFormatInfo{kFormatTrailer, located.bigEndian};
+            return kSuccess;
+        }
+        ResetFields();
+    }
+
+    const auto container = ContainerOf(file);
+    if (!container) return kUnsupportedFormat;
+    const LocateResult located = Locate(*container, file);
+    format = SIPTCFormatInfo{*container, located.bigEndian};
+    if (located.error != kSuccess) return located.error;
+    // A container whose IPTC places hold nothing decodable (an APP13 without
+    // resource 0x0404, an entry of record-1 data only) has no IPTC block.
+    if (decodeFirst(located)) return kSuccess;
+    ResetFields();
+    return kNoIPTCBlock;
+}
+
+CIPTC::EError CIPTC::WriteIPTCBlob(const char* path, const SIPTCFormatInfo& format) {
+    if (!m_initialized) return kNotInitialized;
+    const std::string given = path != nullptr ? path : "";
+    const std::optional<std::string> target = TargetOf(given);
+
+    // The file macros ("#FILEDATE", "#FILETIME") expand to the times of the
+    // file being written, so its status is recorded before the block is
+    // encoded. The results keep their order of precedence: a block too large
+    // is reported before a missing file.
+    const auto status = target ? vliptc::platform::GetFileStatus(*target) : std::nullopt;
+    SetWriteFileStatus(status);
+
+    SIPTCBlob blob;
+    const bool fits = BuildBlob(m_fields, blob, true);
+    const std::unique_ptr<std::uint8_t[], BlobDeleter> owned(blob.pData);
+    if (!fits) return kBlockTooLarge;
+    m_path = given;
+    if (!target || !status) return kCannotOpen;
+
+    const std::span<const std::uint8_t> block(blob.pData, blob.nSize);
+    const std::string extension = UpperExtension(*target);
+    const bool isPsd = extension == ".PSD";
+    const bool isJpeg = extension == ".JPG" || extension == ".JPEG" || extension == ".JFIF" || extension == ".THM";
+    const bool isTiff = extension == ".TIF" || extension == ".TIFF";
+
+    // Format 3 goes through the trailer writer first. Its results 0 (written),
+    // 3 (a trailer without an IPTC chunk) and 11 (a broken trailer) let the
+    // choice go on to the writer of the file's own container, so a file that
+    // also carries the block there gets it in both places.
+    bool trailerWritten = false;
+    if (format.nFormat == kFormatTrailer) {
+        const EError result = vliptc::iptc::WriteTrailer(*target, block);
+        if (result != kSuccess && result != kNoIPTCBlock && result != kUnsupportedFormat) return result;
+        trailerWritten = result == kSuccess;
+    }
+    std::optional<EError> result;
+    if (format.nFormat == kFormatPSD || isPsd) {
+        result = vliptc::iptc::WritePSD(*target, block);
+    } else if (format.nFormat == kFormatJPEG || isJpeg) {
+        result = vliptc::iptc::WriteJPEG(*target, block);
+    } else if (!trailerWritten && (format.nFormat == kFormatTIFF || isTiff)) {
+        result = vliptc::iptc::WriteTIFF(*target, block);
+    }
+    if (trailerWritten) {
+        // The block is in the file already. A container writer that then
+        // refuses the container (a JPEG whose start-of-image marker is not
+        // followed by an application segment, as in trailer-carrying files
+        // of some cataloguers) has written nothing, and the write stands.
+        if (!result || *result == kUnsupportedFormat) return kSuccess;
+        return *result;
+    }
+    return result.value_or(kUnsupportedFormat);
+}

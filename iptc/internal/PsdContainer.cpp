@@ -1,0 +1,112 @@
+// IPTC in Photoshop documents: the data of the "8BIM" resource 1028 in the
+// image-resource section.
+//
+// Reading walks every record of the section by its sizes: the section has an
+// explicit length, so a record under another signature (some programs write
+// "PHUT" or "MeSa" records) is stepped over rather than ending the walk. Only
+// "8BIM" records (any letter case) are taken for IPTC; every 1028 record is a
+// candidate, in file order.
+//
+// Writing opens the document for reading and writing (a file the process
+// may not write gives kCannotOpen) and takes one of two paths:
+//
+// * In place, when the first IPTC record has room: its real extent in the
+//   file (header with whatever name it had, data, pad byte) is longer than
+//   the block plus the 18 header bytes of our record. The new record (name
+//   "Caption", data size = old extent - 18, the block, zero bytes) is built
+//   in memory and copied over the old one through a read-write mapping, so
+//   the file keeps its size and every byte outside the record. There is no
+//   temporary file and no backup: the copy lands in the user's file. If the
+//   process dies during the copy, or the system before the page is written
+//   back, the record can hold a mix of old and new bytes; its extent and
+//   every other byte of the document are unchanged either way, so the
+//   document stays readable and only the IPTC data can be damaged.
+//
+// * Otherwise the document is rebuilt into a temporary file in the same
+//   folder and swapped in with a numbered backup (ReplaceFileContent). The new
+//   record takes the place of the first IPTC record, or closes the section
+//   when there was none; its data size counts the block (padded to even) and
+//   256 zero bytes of reserve, so that the next block up to 255 bytes longer
+//   goes in place.
+
+#include <cstring>
+#include <new>
+
+#include "iptc/internal/Containers.h"
+#include "iptc/internal/PsdLayout.h"
+#include "iptc/internal/PsdRewrite.h"
+#include "iptc/internal/SafeReplace.h"
+#include "platform/MappedFile.h"
+
+namespace vliptc::iptc {
+
+namespace {
+
+// The largest block a writer accepts (what the encoder can produce).
+constexpr std::size_t kMaxBlockBytes = 65536;
+// The header and at least one byte more.
+constexpr std::size_t kMinWritableBytes = 27;
+
+}  // namespace
+
+LocateResult LocateInPSD(std::span<const std::uint8_t> file) {
+    LocateResult result;
+    result.bigEndian = true;
+    psd::Layout layout;
+    if (psd::ReadLayout(file, layout) != psd::Status::kOk) {
+        result.error = CIPTC::kUnsupportedFormat;
+        return result;
+    }
+    for (const psd::Resource& resource : layout.resources) {
+        if (resource.imageResource && resource.id == psd::kIptcResourceId && resource.dataSize > 0) {
+            result.candidates.push_back({BlockLocation::Kind::kIIM, resource.dataOffset, resource.dataSize});
+        }
+    }
+    result.error = result.candidates.empty() ? CIPTC::kNoIPTCBlock : CIPTC::kSuccess;
+    return result;
+}
+
+CIPTC::EError WritePSD(const std::string& path, std::span<const std::uint8_t> block) {
+    if (block.size() > kMaxBlockBytes) {
+        return CIPTC::kBlockTooLarge;
+    }
+    std::optional<std::vector<std::uint8_t>> rebuilt;
+    {
+        platform::MappedFile mapped;
+        switch (mapped.Open(path, platform::MappedFile::Access::ReadWrite)) {
+            case platform::MappedFile::Status::Ok:
+                break;
+            case platform::MappedFile::Status::CannotOpen:
+                return CIPTC::kCannotOpen;
+            case platform::MappedFile::Status::Empty:
+                return CIPTC::kEmptyFile;
+            case platform::MappedFile::Status::CannotMap:
+                return CIPTC::kCannotMapOrWrite;
+        }
+        if (mapped.Size() < kMinWritableBytes) {
+            return CIPTC::kUnsupportedFormat;
+        }
+        psd::Layout layout;
+        if (psd::ReadLayout(mapped.Bytes(), layout) != psd::Status::kOk || layout.version != psd::kVersion ||
+            !layout.complete) {
+            return CIPTC::kUnsupportedFormat;
+        }
+        try {
+            if (const psd::Resource* old = psd::FindIptcRecord(layout)) {
+                if (const auto record = psd::InPlaceRecord(*old, block)) {
+                    std::memcpy(mapped.MutableData() + old->offset, record->data(), record->size());
+                    return CIPTC::kSuccess;
+                }
+            }
+            rebuilt = psd::RebuildDocument(mapped.Bytes(), layout, block);
+        } catch (const std::bad_alloc&) {
+            return CIPTC::kCannotMapOrWrite;
+        }
+    }  // the view and the handle are released before the file is replaced
+    if (!rebuilt) {
+        return CIPTC::kUnsupportedFormat;
+    }
+    return ReplaceFileContent(path, *rebuilt);
+}
+
+}  // namespace vliptc::iptc

@@ -1,0 +1,74 @@
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string>
+
+#include "iptc/IPTC.h"
+
+namespace vliptc::platform {
+class OutputFile;
+}
+
+namespace vliptc::iptc {
+
+// Guards the replacement of a user's image file. The writer first moves the
+// original aside to a numbered backup ("<base><ext>.000", ".001", ... the
+// first name the never-replacing rename accepts), then moves the complete new
+// file to the original path and commits. If the guard is destroyed while the
+// backup is still pending, the new file at the original path (if any) is
+// removed and the backup is renamed back: the original bytes are at the
+// original path again.
+class SafeReplace {
+public:
+    explicit SafeReplace(std::string path);
+    SafeReplace(const SafeReplace&) = delete;
+    SafeReplace& operator=(const SafeReplace&) = delete;
+    ~SafeReplace();
+
+    // Renames the file to its first free numbered backup name; false after
+    // 1,000 taken names or any other failure (the file is then untouched).
+    // Only a name that is taken moves the search on to the next number; a
+    // rename that fails for another reason ends it at once.
+    [[nodiscard]] bool MakeBackup();
+    // Deletes the backup unless it is to be kept, and forgets it.
+    void Commit();
+
+    // No writer of the library sets this: a backup is deleted after every
+    // successful write. It is there for a host that wants to keep one.
+    void SetKeepBackup(bool keep) noexcept { m_keepBackup = keep; }
+    const std::string& BackupPath() const noexcept { return m_backupPath; }
+
+    // The n-th backup name of path: "%s%s.%03d" of base, extension and n.
+    static std::string BackupName(const std::string& path, int n);
+
+private:
+    std::string m_path;
+    std::string m_backupPath;
+    bool m_pending = false;
+    bool m_keepBackup = false;
+};
+
+// The steps every replacing writer takes, for the writers to share.
+//
+// Temporary files are made in the image's own folder, so the final move never
+// crosses file systems: ".<name>.vliptc-XXXXXX.tmp" (a hidden name made from
+// the image's file name and a unique run, created with O_EXCL).
+//
+// Creates the temporary file for path in its folder and gives it path's
+// permission bits; false when it cannot be created.
+[[nodiscard]] bool CreateTempBeside(const std::string& path, platform::OutputFile& temp);
+
+// Swaps a complete, closed temporary file in for path: numbered backup of the
+// original, move of the temporary file to path, commit (the backup deleted).
+// kCannotReplace when the backup or the move fails; the original is then at
+// path again and the temporary file is removed.
+CIPTC::EError SwapInTempFile(const std::string& path, const std::string& tempPath);
+
+// Writes bytes as the new content of path: a temporary file beside it,
+// written, flushed and closed, then SwapInTempFile. kCannotMapOrWrite when the
+// temporary file cannot be created or written (the original untouched, the
+// temporary file removed).
+CIPTC::EError ReplaceFileContent(const std::string& path, std::span<const std::uint8_t> bytes);
+
+}  // namespace vliptc::iptc
