@@ -122,19 +122,35 @@ Walk WalkDirectories(std::span<const std::uint8_t> file, const Header& header, b
     if (!subDirectories) {
         return walk;
     }
-    const std::size_t chainLength = walk.directories.size();
-    for (std::size_t i = 0; i < chainLength; ++i) {
+    // Directories reached from the chain: EXIF and GPS, sub-IFDs (of the
+    // chain and of other sub-IFDs), and the interoperability directory of an
+    // EXIF directory. Each is walked once; the cap bounds the whole walk.
+    for (std::size_t i = 0; i < walk.directories.size(); ++i) {
+        const Directory::Kind parent = walk.directories[i].kind;
         // Copied: add() may grow the vector under a reference.
         const std::vector<Entry> entries = walk.directories[i].entries;
         for (const Entry& entry : entries) {
-            const bool pointer = entry.count == 1 && (entry.type == kTypeLong || entry.type == kTypeIfd);
-            if (!pointer) {
+            if (entry.type != kTypeLong && entry.type != kTypeIfd) {
                 continue;
             }
-            if (entry.tag == kTagExifDirectory) {
+            const bool fromImage = parent == Directory::Kind::kChain || parent == Directory::Kind::kSubIfd;
+            if (entry.tag == kTagSubIfds && fromImage) {
+                for (std::uint64_t v = 0; v < entry.count && v < limits::kMaxTiffDirectories; ++v) {
+                    if (auto target = bytes::Read32(file, entry.ValuePosition() + 4 * v, header.order)) {
+                        add(*target, Directory::Kind::kSubIfd);
+                    }
+                }
+                continue;
+            }
+            if (entry.count != 1) {
+                continue;
+            }
+            if (parent == Directory::Kind::kChain && entry.tag == kTagExifDirectory) {
                 add(entry.valueField, Directory::Kind::kExif);
-            } else if (entry.tag == kTagGpsDirectory) {
+            } else if (parent == Directory::Kind::kChain && entry.tag == kTagGpsDirectory) {
                 add(entry.valueField, Directory::Kind::kGps);
+            } else if (parent == Directory::Kind::kExif && entry.tag == kTagInteropDirectory) {
+                add(entry.valueField, Directory::Kind::kInterop);
             }
         }
     }

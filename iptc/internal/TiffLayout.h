@@ -35,9 +35,12 @@ inline constexpr std::uint64_t kInlineValueBytes = 4;
 inline constexpr std::uint16_t kTagStripOffsets = 273;
 inline constexpr std::uint16_t kTagFreeOffsets = 288;
 inline constexpr std::uint16_t kTagTileOffsets = 324;
+inline constexpr std::uint16_t kTagSubIfds = 330;            // offsets of further image directories
+inline constexpr std::uint16_t kTagThumbnailOffset = 513;    // JPEGInterchangeFormat: offset of a JPEG thumbnail
 inline constexpr std::uint16_t kTagIptcNaa = 33723;  // the IPTC-NAA record (IIM datasets)
 inline constexpr std::uint16_t kTagExifDirectory = 34665;
 inline constexpr std::uint16_t kTagGpsDirectory = 34853;
+inline constexpr std::uint16_t kTagInteropDirectory = 40965;  // in the EXIF directory
 
 // Field types of the entries.
 inline constexpr std::uint16_t kTypeByte = 1;
@@ -84,7 +87,7 @@ struct Entry {
 };
 
 struct Directory {
-    enum class Kind { kChain, kExif, kGps };
+    enum class Kind { kChain, kExif, kGps, kSubIfd, kInterop };
     Kind kind = Kind::kChain;
     std::uint64_t offset = 0;         // of the entry count
     std::uint16_t declaredCount = 0;  // what the count field says

@@ -17,12 +17,13 @@
 //     - the value offset of each entry whose value does not fit in 4 bytes,
 //     - each value of the offset-carrying tags: strip offsets (273), free
 //       offsets (288), tile offsets (324), and the EXIF (34665) and GPS
-//       (34853) directory pointers,
+//       (34853) directory pointers; and, so that no picture of the file
+//       loses its data, sub-IFD offsets (330), the JPEG thumbnail offset
+//       (513) and the interoperability directory pointer (40965),
 //     - the next-directory offsets,
-//   in every directory of the chain and in the EXIF and GPS directories.
-//   Offsets held by other tags (sub-IFDs, a JPEG thumbnail offset, an
-//   interoperability directory) and offsets inside maker notes are not
-//   known to this writer and stay as they are. The block goes to the end of
+//   in every directory of the chain and in the directories they lead to
+//   (EXIF, GPS, sub-IFDs, interoperability). Offsets inside maker notes are
+//   private to each camera maker and stay as they are. The block goes to the end of
 //   the file: the old size plus the 12 new bytes, plus one when that is odd.
 //
 // The reserve behind the block is written as zero bytes so that the count of
@@ -73,8 +74,9 @@ bool Overlap(std::uint64_t startA, std::uint64_t endA, std::uint64_t startB, std
 }
 
 bool IsOffsetTag(std::uint16_t tag) {
-    return tag == kTagStripOffsets || tag == kTagFreeOffsets || tag == kTagTileOffsets ||
-           tag == kTagExifDirectory || tag == kTagGpsDirectory;
+    return tag == kTagStripOffsets || tag == kTagFreeOffsets || tag == kTagTileOffsets || tag == kTagSubIfds ||
+           tag == kTagThumbnailOffset || tag == kTagExifDirectory || tag == kTagGpsDirectory ||
+           tag == kTagInteropDirectory;
 }
 
 const Entry* FirstIptcEntry(const Walk& walk) {

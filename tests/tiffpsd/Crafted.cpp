@@ -116,6 +116,9 @@ std::uint32_t Size(std::uint16_t type) {
 }
 
 // The chain and the EXIF/GPS directories, each as its raw entries (at most 64).
+Bytes ValueOf(const Bytes& file, const RawEntry& e);
+std::vector<std::uint32_t> Numbers(const Bytes& file, const RawEntry& e, ByteOrder order);
+
 std::vector<std::vector<RawEntry>> Directories(const Bytes& file, ByteOrder& order) {
     order = file.size() > 1 && file[0] == 'M' ? ByteOrder::kBigEndian : ByteOrder::kLittleEndian;
     std::vector<std::vector<RawEntry>> out;
@@ -137,10 +140,13 @@ std::vector<std::vector<RawEntry>> Directories(const Bytes& file, ByteOrder& ord
         return bytes::Read32(file, offset + 2 + 12 * *count, order);
     };
     for (auto next = bytes::Read32(file, 4, order); next && *next != 0;) next = read(*next);
-    const std::size_t chain = out.size();
-    for (std::size_t d = 0; d < chain; ++d) {
+    // Directories reached from others: EXIF, GPS, sub-IFDs, interoperability.
+    for (std::size_t d = 0; d < out.size(); ++d) {
         for (const RawEntry& e : std::vector<RawEntry>(out[d])) {
-            if (e.tag == 34665 || e.tag == 34853) read(e.field);
+            if (e.tag == 34665 || e.tag == 34853 || e.tag == 40965) read(e.field);
+            if (e.tag == 330) {
+                for (const std::uint32_t offset : Numbers(file, e, order)) read(offset);
+            }
         }
     }
     return out;
@@ -170,7 +176,7 @@ std::vector<std::vector<TiffValue>> TiffValues(const Bytes& file) {
     ByteOrder order;
     const auto directories = Directories(file, order);
     // Byte counts that go with each kind of offsets.
-    const std::map<std::uint16_t, std::uint16_t> countsOf = {{273, 279}, {324, 325}, {288, 289}};
+    const std::map<std::uint16_t, std::uint16_t> countsOf = {{273, 279}, {324, 325}, {288, 289}, {513, 514}};
     std::vector<std::vector<TiffValue>> out;
     for (const auto& entries : directories) {
         std::vector<TiffValue> values;
@@ -189,7 +195,7 @@ std::vector<std::vector<TiffValue>> TiffValues(const Bytes& file) {
                         value.value.insert(value.value.end(), strip->begin(), strip->end());
                     }
                 }
-            } else if (e.tag != 34665 && e.tag != 34853) {
+            } else if (e.tag != 34665 && e.tag != 34853 && e.tag != 40965 && e.tag != 330) {
                 value.value = ValueOf(file, e);
             }
             values.push_back(value);

@@ -28,6 +28,7 @@ enum class Shape {
     kDirectoryAtEnd,  // image data first, the directory last
     kTilesAndFree,    // tile and free offsets; a tag > 33723 that is not the last entry
     kExistingEntry,   // an IPTC-NAA entry (LONG) to rewrite in place
+    kLinkedPictures,  // a thumbnail, a sub-IFD and an interoperability directory behind the insertion point
 };
 
 struct Crafted {
@@ -95,6 +96,25 @@ Crafted Make(Shape shape, bool bigEndian) {
             t.SetFirstDirectory(ifd0);
             return {t.Data(), 3};
         }
+        case Shape::kLinkedPictures: {
+            const auto ifd0 = t.Reserve(5);
+            const auto ifd1 = t.Reserve(2);
+            const auto sub = t.Reserve(2);
+            const auto exif = t.Reserve(1);
+            const auto interop = t.Reserve(2);
+            const auto strip = t.Append(Pixels(8, 10));
+            const auto thumbnail = t.Append(Pixels(30, 11));
+            const auto full = t.Append(Pixels(14, 12));
+            t.Fill(ifd0, {t.Long(256, {2}), t.Long(273, {strip}), t.Long(279, {8}), t.Long(330, {sub}),
+                          t.Long(34665, {exif})},
+                   ifd1);
+            t.Fill(ifd1, {t.Long(513, {thumbnail}), t.Long(514, {30})});
+            t.Fill(sub, {t.Long(273, {full}), t.Long(279, {14})});
+            t.Fill(exif, {t.Long(40965, {interop})});
+            t.Fill(interop, {t.Ascii(1, "R98"), t.Ascii(2, "an out-of-line interop text")});
+            t.SetFirstDirectory(ifd0);
+            return {t.Data(), 4};
+        }
     }
     return {};
 }
@@ -103,7 +123,7 @@ class TiffWrite : public ::testing::TestWithParam<std::tuple<Shape, bool>> {};
 
 std::string ShapeName(const ::testing::TestParamInfo<std::tuple<Shape, bool>>& info) {
     static const char* const kNames[] = {"AllTagsBelow", "ExifGpsBehind", "DirectoryAtEnd", "TilesAndFree",
-                                         "ExistingEntry"};
+                                         "ExistingEntry", "LinkedPictures"};
     return std::string(kNames[static_cast<int>(std::get<0>(info.param))]) +
            (std::get<1>(info.param) ? "_MM" : "_II");
 }
@@ -155,7 +175,7 @@ TEST_P(TiffWrite, KeepsEveryValueAndPutsTheBlockAtTheEnd) {
 INSTANTIATE_TEST_SUITE_P(Shapes, TiffWrite,
                          ::testing::Combine(::testing::Values(Shape::kAllTagsBelow, Shape::kExifGpsBehind,
                                                               Shape::kDirectoryAtEnd, Shape::kTilesAndFree,
-                                                              Shape::kExistingEntry),
+                                                              Shape::kExistingEntry, Shape::kLinkedPictures),
                                             ::testing::Bool()),
                          ShapeName);
 
