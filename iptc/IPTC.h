@@ -73,6 +73,10 @@ public:
 
     // Lifecycle.
     EError Initialize(const std::string& definitionFolder, const std::string& userFolder);
+    // The same with the shipped definitions given as text in place of the
+    // definitions folder (CVLIPTCINI::LoadFromText); DefinitionFolder() is
+    // then empty.
+    EError InitializeFromText(const std::string& definitionsText, const std::string& userFolder);
     EError ShutDown();
     EError SaveChanges();
     bool IsDirty() const;

@@ -38,6 +38,7 @@ bool CVLIPTCINI::Load(const std::string& definitionFolder, const std::string& us
         m_tagsPath = definitionFolder + kTagsFileName;
         m_userDataPath = userFolder + kUserDataFileName;
         m_userTagsPath = userFolder + kUserTagsFileName;
+        m_tagsFromText = false;
         m_tags.clear();
         m_userLists.clear();
         m_synonyms.clear();
@@ -206,8 +207,10 @@ bool CVLIPTCINI::IsDirty() const {
     // The shipped definitions and the user lists count as changed when they
     // vanished; the optional user definitions only when they changed, since
     // most users never have that file.
-    const auto tagsTime = fs::GetLastWriteTime(m_tagsPath);
-    if (!tagsTime || tagsTime != m_tagsTime) return true;
+    if (!m_tagsFromText) {
+        const auto tagsTime = fs::GetLastWriteTime(m_tagsPath);
+        if (!tagsTime || tagsTime != m_tagsTime) return true;
+    }
     const auto userDataTime = fs::GetLastWriteTime(m_userDataPath);
     if (!userDataTime || userDataTime != m_userDataTime) return true;
     const auto userTagsTime = fs::GetLastWriteTime(m_userTagsPath);

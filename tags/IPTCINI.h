@@ -68,6 +68,11 @@ public:
     // neither could be read. Missing, empty and unreadable files are skipped,
     // and so is a file larger than vliptc::limits::kMaxDefinitionFileBytes.
     bool Load(const std::string& definitionFolder, const std::string& userFolder);
+    // Like Load, with the shipped definitions given as text (a host that
+    // builds them in) in place of "vliptctags.ipt"; the user folder (with its
+    // trailing separator) is read as Load reads it. Empty text counts as a
+    // missing file. IsDirty then watches the user files only.
+    bool LoadFromText(const std::string& definitionsText, const std::string& userFolder);
     // Parses one whole file held in a zero-terminated buffer.
     bool LoadINIFile(char* buffer);
 
@@ -138,6 +143,7 @@ private:
     UserListMap m_userLists;
     SynonymMap m_synonyms;
     bool m_loaded = false;
+    bool m_tagsFromText = false;  // LoadFromText: no "vliptctags.ipt" to watch
     // Last-write times at Load; nullopt for a file that was missing then.
     std::optional<vliptc::platform::FileTime> m_tagsTime;
     std::optional<vliptc::platform::FileTime> m_userDataTime;

@@ -1,0 +1,23 @@
+#pragma once
+
+// The command groups of the tool. Each adds its subcommands to the app; the
+// one the user chose sets the action that main runs once parsing is done.
+
+#include <functional>
+
+#include <CLI/CLI.hpp>
+
+#include "apps/vliptc/Context.h"
+
+namespace vliptc::cli {
+
+struct Cli {
+    GlobalOptions global;
+    std::function<int()> action;  // returns the exit status
+};
+
+void AddIptcCommands(CLI::App& app, Cli& cli);      // iptc show | set | format
+void AddTemplateCommands(CLI::App& app, Cli& cli);  // templates list | show | store | delete
+void AddListCommands(CLI::App& app, Cli& cli);      // lists ..., synonyms ...
+
+}  // namespace vliptc::cli
