@@ -7,7 +7,7 @@ install(TARGETS vliptc_core EXPORT vliptcTargets
   RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 
 # Public headers only: each folder keeps its helpers in internal/, which is not installed.
-foreach(dir host platform iptc tags)
+foreach(dir host platform iptc tags exif)
   install(DIRECTORY ${dir}/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/vliptc/${dir}
           FILES_MATCHING PATTERN "*.h" PATTERN "internal" EXCLUDE)
 endforeach()

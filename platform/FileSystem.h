@@ -49,6 +49,14 @@ bool SetFileTimes(const std::string& path, const FileTimes& times);
 bool RenameNoReplace(const std::string& from, const std::string& to);
 bool RemoveFile(const std::string& path);
 
+// The companion of a file: the same folder and base name with another
+// extension (the ".thm" beside a ".CRW"). Cameras write extensions in upper
+// case, and on a case-sensitive file system the companion must be found
+// whatever its case: the extension as given, then upper-cased, then any other
+// spelling (the first in name order, so the choice does not depend on the
+// order of the folder listing). nullopt when none is a regular file.
+std::optional<std::string> FindCompanion(const std::string& path, const std::string& extension);
+
 // Reads a whole regular file. nullopt when it cannot be opened, is not a
 // regular file, is larger than maxBytes, or the read comes up short.
 std::optional<std::string> ReadWholeFile(const std::string& path, std::uint64_t maxBytes);

@@ -17,6 +17,7 @@ struct Cli {
 };
 
 void AddIptcCommands(CLI::App& app, Cli& cli);      // iptc show | set | format
+void AddExifCommands(CLI::App& app, Cli& cli);      // exif show
 void AddTemplateCommands(CLI::App& app, Cli& cli);  // templates list | show | store | delete
 void AddListCommands(CLI::App& app, Cli& cli);      // lists ..., synonyms ...
 

@@ -32,7 +32,7 @@ int main(int argc, char** argv) {
         ->check(CLI::Range(1u, 1024u));
 
     AddIptcCommands(app, cli);
-    // The exif group ("vliptc exif show") is added here, beside iptc.
+    AddExifCommands(app, cli);
     AddTemplateCommands(app, cli);
     AddListCommands(app, cli);
     app.require_subcommand(1);

@@ -3,9 +3,13 @@
 
 #include "platform/FileSystem.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>  // renameat2, RENAME_NOREPLACE (glibc 2.28+)
+#include <filesystem>
 #include <limits>
+#include <system_error>
+#include <vector>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -196,6 +200,40 @@ bool RemoveFile(const std::string& path) {
         return false;
     }
     return ::unlink(path.c_str()) == 0;
+}
+
+std::optional<std::string> FindCompanion(const std::string& path, const std::string& extension) {
+    const auto upper = [](std::string text) {
+        for (char& c : text) c = c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
+        return text;
+    };
+    // The base name: the path without its extension (a dot in a folder name does not count).
+    const std::size_t dot = path.rfind('.');
+    const std::size_t slash = path.find_last_of("/\\");
+    const bool hasExtension = dot != std::string::npos && (slash == std::string::npos || dot > slash);
+    const std::string base = hasExtension ? path.substr(0, dot) : path;
+    for (const std::string& spelling : {extension, upper(extension)}) {
+        if (IsRegularFile(base + spelling)) return base + spelling;
+    }
+    const std::size_t folderEnd = base.find_last_of('/');
+    const std::string folder =
+        folderEnd == std::string::npos ? std::string(".") : base.substr(0, folderEnd + 1);
+    const std::string stem = folderEnd == std::string::npos ? base : base.substr(folderEnd + 1);
+    std::error_code error;
+    std::vector<std::string> names;
+    for (std::filesystem::directory_iterator it(folder, error), end; !error && it != end;
+         it.increment(error)) {
+        const std::string name = it->path().filename().string();
+        if (name.size() == stem.size() + extension.size() && name.compare(0, stem.size(), stem) == 0 &&
+            upper(name.substr(stem.size())) == upper(extension)) {
+            names.push_back(name);
+        }
+    }
+    if (names.empty()) return std::nullopt;
+    const std::string candidate = base.substr(0, folderEnd == std::string::npos ? 0 : folderEnd + 1) +
+                                  *std::min_element(names.begin(), names.end());
+    if (!IsRegularFile(candidate)) return std::nullopt;
+    return candidate;
 }
 
 std::optional<std::string> ReadWholeFile(const std::string& path, std::uint64_t maxBytes) {

@@ -1,0 +1,109 @@
+// CVLEXIF::LoadFile on a fuzzed file, read as the library reads: from a file
+// in a private temporary folder. The first input byte picks the name: a
+// ".jpg", ".tif" or ".psd" (the content decides the container), or a ".crw"
+// whose ".THM" companion holds the bytes. The result must be one of the read
+// codes; a successful read leaves the catalogue in display order; the same
+// bytes taken as TIFF data must give every FindTag location inside them.
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <span>
+#include <string>
+#include <system_error>
+#include <vector>
+
+#include <unistd.h>
+
+#include "exif/EXIF.h"
+#include "exif/internal/ExifStream.h"
+#include "exif/internal/IFDParser.h"
+#include "host/ByteOrder.h"
+
+namespace {
+
+void Check(bool condition) {
+    if (!condition) std::abort();
+}
+
+// The harness's folder, removed when the process ends normally.
+class Folder {
+public:
+    Folder() {
+        std::string pattern = (std::filesystem::temp_directory_path() / "fuzz-exif-XXXXXX").string();
+        Check(::mkdtemp(pattern.data()) != nullptr);
+        m_path = pattern + "/";
+    }
+    ~Folder() {
+        std::error_code ignored;
+        std::filesystem::remove_all(m_path, ignored);
+    }
+    const std::string& Path() const { return m_path; }
+
+private:
+    std::string m_path;
+};
+
+void Write(const std::string& path, const std::uint8_t* data, std::size_t size) {
+    std::ofstream out(path, std::ios::binary | std::ios::trunc);
+    out.write(reinterpret_cast<const char*>(data), static_cast<std::streamsize>(size));
+    Check(static_cast<bool>(out));
+}
+
+void CheckCatalogue(const CVLEXIF& exif, CVLEXIF::EError result) {
+    Check(result <= CVLEXIF::errEmpty && result != CVLEXIF::errException);
+    const auto& fields = exif.Fields();
+    Check(fields.size() >= 105);
+    for (std::size_t i = 0; i < fields.size(); ++i) {
+        Check(fields[i].bPresent || fields[i].vValues.empty());
+        if (result == CVLEXIF::errOK && i > 0) {
+            const auto& a = fields[i - 1];
+            const auto& b = fields[i];
+            Check(a.nGroup < b.nGroup || (a.nGroup == b.nGroup && !(b.strName < a.strName)));
+        }
+    }
+}
+
+// The write path's search over the bytes taken as TIFF data.
+void CheckFindTag(std::span<const std::uint8_t> bytes) {
+    std::vector<CVLEXIF::SField> fields;
+    vliptc::exif::ExifStream stream(bytes);
+    vliptc::exif::IFDParser parser(stream, fields);
+    stream.SetMotorola(!bytes.empty() && bytes[0] == 'M');
+    const auto first = stream.ReadDWord(4);
+    if (!first) return;
+    const CVLEXIF::STIFFHeader header{0, 42, *first};
+    for (const auto tag : {CVLEXIF::kDateTime, CVLEXIF::kDateTimeOriginal, CVLEXIF::kDateTimeDigitized}) {
+        const auto found = parser.FindTag(tag, header);
+        if (found) {
+            Check(found->entry.nTag == tag);
+            Check(vliptc::bytes::InBounds(bytes.size(), found->valueOffset, 4));
+        }
+    }
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    static const Folder folder;
+    if (size == 0) return 0;
+    static const char* const kNames[] = {"image.jpg", "image.tif", "image.psd", "image.crw"};
+    const std::string name = kNames[data[0] % 4];
+    const std::uint8_t* file = data + 1;
+    const std::size_t fileSize = size - 1;
+
+    const std::string path = folder.Path() + name;
+    if (name == "image.crw") {
+        Write(path, nullptr, 0);  // raw data is never read
+        Write(folder.Path() + "image.THM", file, fileSize);
+    } else {
+        Write(path, file, fileSize);
+    }
+    CVLEXIF exif;
+    const CVLEXIF::EError result = exif.LoadFile(path.c_str());
+    CheckCatalogue(exif, result);
+    Check((result == CVLEXIF::errEmpty) == (fileSize == 0));
+    CheckFindTag({file, fileSize});
+    return 0;
+}
