@@ -4,20 +4,19 @@
 // decodes the block into the store; writing rebuilds the file in memory,
 // writes and flushes a temporary file and swaps it in (backup, move, commit).
 #include <benchmark/benchmark.h>
-#include <stdlib.h>
 
 #include <cstdint>
-#include <filesystem>
-#include <fstream>
 #include <random>
-#include <stdexcept>
 #include <string>
+#include <string_view>
 #include <vector>
 
+#include "bench/BenchFolder.h"
 #include "iptc/IPTC.h"
 
 namespace {
 
+using vliptc::bench::BenchFolder;
 using Bytes = std::vector<std::uint8_t>;
 
 void Put16(Bytes& out, std::size_t value) {
@@ -94,38 +93,14 @@ Bytes GeneratedJpeg(std::size_t size) {
     return file;
 }
 
-class BenchFolder {
-public:
-    BenchFolder() {
-        std::string pattern = (std::filesystem::temp_directory_path() / "vliptc-bench-XXXXXX").string();
-        if (mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("cannot create a temporary folder");
-        m_path = pattern + "/";
-        Write("vliptctags.ipt",
-              "{\nID 5\nNAME Title\n}\n{\nID 25\nNAME Keywords\nREPEATABLE 1\n}\n"
-              "{\nID 80\nNAME By-line\n}\n{\nID 120\nNAME Caption\n}\n");
-    }
-    BenchFolder(const BenchFolder&) = delete;
-    BenchFolder& operator=(const BenchFolder&) = delete;
-    ~BenchFolder() {
-        std::error_code ignored;
-        std::filesystem::remove_all(m_path, ignored);
-    }
-    std::string File(const std::string& name) const { return m_path + name; }
-    void Write(const std::string& name, const std::string& text) const {
-        std::ofstream out(File(name), std::ios::binary | std::ios::trunc);
-        out << text;
-    }
-    void Write(const std::string& name, const Bytes& bytes) const {
-        Write(name, std::string(bytes.begin(), bytes.end()));
-    }
-    const std::string& Path() const { return m_path; }
-
-private:
-    std::string m_path;
-};
-
+// The definitions and a generated JPEG of state.range(0) bytes in folder;
+// the store initialised from them.
 void Prepare(BenchFolder& folder, CIPTC& store, benchmark::State& state, const std::string& name) {
-    folder.Write(name, GeneratedJpeg(static_cast<std::size_t>(state.range(0))));
+    folder.Write("vliptctags.ipt",
+                 "{\nID 5\nNAME Title\n}\n{\nID 25\nNAME Keywords\nREPEATABLE 1\n}\n"
+                 "{\nID 80\nNAME By-line\n}\n{\nID 120\nNAME Caption\n}\n");
+    const Bytes image = GeneratedJpeg(static_cast<std::size_t>(state.range(0)));
+    folder.Write(name, std::string_view(reinterpret_cast<const char*>(image.data()), image.size()));
     if (store.Initialize(folder.Path(), folder.Path()) != CIPTC::kSuccess) {
         state.SkipWithError("the store did not initialise");
     }

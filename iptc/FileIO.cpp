@@ -3,17 +3,15 @@
 // companion rule.
 
 #include <algorithm>
-#include <filesystem>
 #include <initializer_list>
 #include <memory>
 #include <optional>
 #include <span>
 #include <string>
-#include <system_error>
-#include <vector>
 
 #include "host/ByteOrder.h"
 #include "iptc/IPTC.h"
+#include "iptc/internal/ContainerFile.h"
 #include "iptc/internal/Containers.h"
 #include "iptc/internal/IPTCReader.h"
 #include "platform/FileSystem.h"
@@ -26,8 +24,7 @@ using vliptc::iptc::LocateResult;
 
 // Extensions by which the writer is chosen (compared upper-cased).
 constexpr const char* kRawExtension = ".CRW";
-constexpr const char* kCompanionLower = ".thm";
-constexpr const char* kCompanionUpper = ".THM";
+constexpr const char* kCompanionExtension = ".thm";  // found whatever its case
 
 // Magic numbers by which the reader recognises a container.
 constexpr std::uint8_t kJpegFirst = 0xFF;
@@ -57,54 +54,11 @@ std::string UpperExtension(const std::string& path) {
     return dot == std::string::npos ? std::string() : Upper(path.substr(dot));
 }
 
-// The ".thm" companion of a ".CRW" file: the same folder and base name with
-// the extension ".thm". Cameras write ".THM", and on a case-sensitive file
-// system the name must be found whatever its case: ".thm" first, then
-// ".THM", then any other spelling (the first in name order, so the choice
-// does not depend on the order of the folder listing).
-std::optional<std::string> FindCompanion(const std::string& path) {
-    const std::string base = path.substr(0, ExtensionStart(path));
-    for (const char* extension : {kCompanionLower, kCompanionUpper}) {
-        const std::string candidate = base + extension;
-        if (vliptc::platform::IsRegularFile(candidate)) return candidate;
-    }
-    const std::size_t slash = base.find_last_of('/');
-    const std::string folder = slash == std::string::npos ? std::string(".") : base.substr(0, slash + 1);
-    const std::string stem = slash == std::string::npos ? base : base.substr(slash + 1);
-    std::error_code error;
-    std::vector<std::string> matches;
-    for (std::filesystem::directory_iterator it(folder, error), end; !error && it != end; it.increment(error)) {
-        const std::string name = it->path().filename().string();
-        if (name.size() == stem.size() + 4 && name.compare(0, stem.size(), stem) == 0 &&
-            Upper(name.substr(stem.size())) == kCompanionUpper) {
-            matches.push_back(name);
-        }
-    }
-    if (matches.empty()) return std::nullopt;
-    std::sort(matches.begin(), matches.end());
-    const std::string candidate = base.substr(0, slash == std::string::npos ? 0 : slash + 1) + matches.front();
-    return vliptc::platform::IsRegularFile(candidate) ? std::optional<std::string>(candidate) : std::nullopt;
-}
-
 // The file a path stands for: the path itself, or the companion of a ".CRW".
 // nullopt when a ".CRW" has no companion.
 std::optional<std::string> TargetOf(const std::string& path) {
     if (UpperExtension(path) != kRawExtension) return path;
-    return FindCompanion(path);
-}
-
-CIPTC::EError ErrorOf(vliptc::platform::MappedFile::Status status) {
-    switch (status) {
-        case vliptc::platform::MappedFile::Status::Ok:
-            return CIPTC::kSuccess;
-        case vliptc::platform::MappedFile::Status::CannotOpen:
-            return CIPTC::kCannotOpen;
-        case vliptc::platform::MappedFile::Status::Empty:
-            return CIPTC::kEmptyFile;
-        case vliptc::platform::MappedFile::Status::CannotMap:
-            return CIPTC::kCannotMapOrWrite;
-    }
-    return CIPTC::kCannotOpen;
+    return vliptc::platform::FindCompanion(path, kCompanionExtension);
 }
 
 bool EndsWithTrailerMagic(std::span<const std::uint8_t> file) {
@@ -163,7 +117,7 @@ CIPTC::EError CIPTC::ReadIPTCBlob(const char* path, SIPTCFormatInfo& format) {
     format = SIPTCFormatInfo{};
 
     vliptc::platform::MappedFile map;
-    const EError opened = ErrorOf(map.Open(*target, vliptc::platform::MappedFile::Access::ReadOnly));
+    const EError opened = vliptc::iptc::MapFile(*target, vliptc::platform::MappedFile::Access::ReadOnly, map);
     if (opened != kSuccess) return opened;
     const auto file = map.Bytes();
 

@@ -1,6 +1,7 @@
 target_sources(vliptc_core PRIVATE
   ${CMAKE_CURRENT_LIST_DIR}/FileIO.cpp
   ${CMAKE_CURRENT_LIST_DIR}/internal/SafeReplace.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/internal/ContainerFile.cpp
   ${CMAKE_CURRENT_LIST_DIR}/internal/JpegContainer.cpp
   ${CMAKE_CURRENT_LIST_DIR}/internal/TrailerContainer.cpp
   ${CMAKE_CURRENT_LIST_DIR}/internal/TiffContainer.cpp

@@ -1,7 +1,7 @@
-// Loading the tag-definition files: logical lines, tag blocks, descriptors,
-// and the change check against the files on disk. The list sections behind
-// the tag blocks are read in IPTCINILists.cpp, the user-list writer lives in
-// IPTCINIStore.cpp.
+// Loading the tag definitions (from the definitions folder or from text held
+// by the host): logical lines, tag blocks, descriptors, and the change check
+// against the files on disk. The list sections behind the tag blocks are read
+// in IPTCINILists.cpp, the user-list writer lives in IPTCINIStore.cpp.
 
 #include "tags/IPTCINI.h"
 
@@ -32,28 +32,51 @@ bool IsUsableTag(const CVLIPTCINI::STagInfo& tag) {
 }  // namespace
 
 bool CVLIPTCINI::Load(const std::string& definitionFolder, const std::string& userFolder) {
+    return LoadDefinitions(definitionFolder, false, userFolder);
+}
+
+bool CVLIPTCINI::LoadFromText(const std::string& definitionsText, const std::string& userFolder) {
+    return LoadDefinitions(definitionsText, true, userFolder);
+}
+
+bool CVLIPTCINI::LoadDefinitions(const std::string& source, bool fromText, const std::string& userFolder) {
     bool result = false;
     try {
         // Plain concatenation: the folders carry their own trailing separator.
-        m_tagsPath = definitionFolder + kTagsFileName;
+        m_tagsFromText = fromText;
+        if (fromText) {
+            m_tagsPath.clear();
+        } else {
+            m_tagsPath = source + kTagsFileName;
+        }
         m_userDataPath = userFolder + kUserDataFileName;
         m_userTagsPath = userFolder + kUserTagsFileName;
-        m_tagsFromText = false;
         m_tags.clear();
         m_userLists.clear();
         m_synonyms.clear();
-        m_tagsTime = fs::GetLastWriteTime(m_tagsPath);
+        if (fromText) {
+            m_tagsTime.reset();
+        } else {
+            m_tagsTime = fs::GetLastWriteTime(m_tagsPath);
+        }
         m_userDataTime = fs::GetLastWriteTime(m_userDataPath);
         m_userTagsTime = fs::GetLastWriteTime(m_userTagsPath);
 
-        // The user's file adds to the shipped one; the result is that of the
-        // last file that could be read.
-        for (const std::string* path : {&m_tagsPath, &m_userTagsPath}) {
-            if (ReadFileToBuffer(*path, m_buffer)) {
-                result = LoadINIFile(m_buffer.data());
-            }
-            FreeBuffer();
+        // The shipped definitions, then the user's, which add to them; the
+        // result is that of the last one parsed. Text is parsed from the
+        // parser's own zero-terminated copy, and empty text counts as a
+        // missing file.
+        bool shipped = false;
+        if (fromText) {
+            shipped = !source.empty();
+            if (shipped) m_buffer = source;
+        } else {
+            shipped = ReadFileToBuffer(m_tagsPath, m_buffer);
         }
+        if (shipped) result = LoadINIFile(m_buffer.data());
+        FreeBuffer();
+        if (ReadFileToBuffer(m_userTagsPath, m_buffer)) result = LoadINIFile(m_buffer.data());
+        FreeBuffer();
     } catch (...) {
         FreeBuffer();
         result = false;

@@ -130,6 +130,10 @@ private:
     // buffer empty) when the file is missing, empty, unreadable or larger
     // than vliptc::limits::kMaxDefinitionFileBytes.
     bool ReadFileToBuffer(const std::string& path, std::string& buffer) const;
+    // Load and LoadFromText: empties the store, notes the files to watch and
+    // their times, then parses the shipped definitions (the file in the
+    // folder source, or with fromText the text source) and the user's.
+    bool LoadDefinitions(const std::string& source, bool fromText, const std::string& userFolder);
     void FreeBuffer() noexcept;
     void ParseValueSection(const char*& cursor, std::uint32_t id, bool userMode, ListContext& context);
     void ParseSynonymSection(const char*& cursor, std::uint32_t id, ListContext& context);

@@ -20,10 +20,9 @@
 
 #include "host/ByteOrder.h"
 #include "host/VLFile.h"
+#include "iptc/internal/ContainerFile.h"
 #include "iptc/internal/Containers.h"
-#include "iptc/internal/SafeReplace.h"
 #include "platform/FileSystem.h"
-#include "platform/MappedFile.h"
 
 namespace vliptc::iptc {
 
@@ -61,8 +60,6 @@ constexpr std::uint16_t kIptcResourceId = 0x0404;  // IPTC-NAA record
 // and the 32-bit data size.
 constexpr std::uint64_t kResourceHeaderBytes = 12;
 
-// Blocks larger than this are refused before anything is read.
-constexpr std::uint64_t kMaxBlockBytes = 65536;
 // The new file is built in memory with room for the old file and a block.
 constexpr std::uint64_t kBuildSlackBytes = 65536;
 constexpr unsigned kBuildGrowBytes = 4096;
@@ -343,20 +340,6 @@ CIPTC::EError BuildJpeg(std::span<const std::uint8_t> file, const MarkerWalk& wa
     return CIPTC::kSuccess;
 }
 
-CIPTC::EError ErrorOf(platform::MappedFile::Status status) {
-    switch (status) {
-        case platform::MappedFile::Status::Ok:
-            return CIPTC::kSuccess;
-        case platform::MappedFile::Status::CannotOpen:
-            return CIPTC::kCannotOpen;
-        case platform::MappedFile::Status::Empty:
-            return CIPTC::kEmptyFile;
-        case platform::MappedFile::Status::CannotMap:
-            return CIPTC::kCannotMapOrWrite;
-    }
-    return CIPTC::kCannotOpen;
-}
-
 }  // namespace
 
 LocateResult LocateInJPEG(std::span<const std::uint8_t> file) {
@@ -385,15 +368,12 @@ LocateResult LocateInJPEG(std::span<const std::uint8_t> file) {
 }
 
 CIPTC::EError WriteJPEG(const std::string& path, std::span<const std::uint8_t> block) {
+    // Blocks larger than the encoder makes are refused before anything is read.
     if (block.size() > kMaxBlockBytes) return CIPTC::kBlockTooLarge;
 
     std::optional<CVLMemFile> out;
-    {
-        platform::MappedFile map;
-        const CIPTC::EError opened = ErrorOf(map.Open(path, platform::MappedFile::Access::ReadOnly));
-        if (opened != CIPTC::kSuccess) return opened;
+    const auto build = [&](platform::MappedFile& map) -> Built {
         const auto file = map.Bytes();
-
         // The writer insists on an application segment right behind the
         // start-of-image marker: a new APP13 goes behind that segment.
         if (!StartsWithSOI(file) || file.size() < 4 || file[2] != kMarkerPrefix ||
@@ -410,10 +390,9 @@ CIPTC::EError WriteJPEG(const std::string& path, std::span<const std::uint8_t> b
         out.emplace(false, static_cast<unsigned>(capacity), kBuildGrowBytes);
         const CIPTC::EError built = BuildJpeg(file, walk, block, *out);
         if (built != CIPTC::kSuccess) return built;
-    }  // the mapping is released before the file is replaced
-
-    const auto size = static_cast<std::size_t>(out->GetFileSize());
-    return ReplaceFileContent(path, std::span<const std::uint8_t>(out->GetBuffer(), size));
+        return std::span<const std::uint8_t>(out->GetBuffer(), static_cast<std::size_t>(out->GetFileSize()));
+    };
+    return RebuildFile(path, platform::MappedFile::Access::ReadOnly, build);
 }
 
 }  // namespace vliptc::iptc

@@ -31,19 +31,19 @@
 
 #include <cstring>
 #include <new>
+#include <optional>
+#include <span>
+#include <vector>
 
+#include "iptc/internal/ContainerFile.h"
 #include "iptc/internal/Containers.h"
 #include "iptc/internal/PsdLayout.h"
 #include "iptc/internal/PsdRewrite.h"
-#include "iptc/internal/SafeReplace.h"
-#include "platform/MappedFile.h"
 
 namespace vliptc::iptc {
 
 namespace {
 
-// The largest block a writer accepts (what the encoder can produce).
-constexpr std::size_t kMaxBlockBytes = 65536;
 // The header and at least one byte more.
 constexpr std::size_t kMinWritableBytes = 27;
 
@@ -71,18 +71,7 @@ CIPTC::EError WritePSD(const std::string& path, std::span<const std::uint8_t> bl
         return CIPTC::kBlockTooLarge;
     }
     std::optional<std::vector<std::uint8_t>> rebuilt;
-    {
-        platform::MappedFile mapped;
-        switch (mapped.Open(path, platform::MappedFile::Access::ReadWrite)) {
-            case platform::MappedFile::Status::Ok:
-                break;
-            case platform::MappedFile::Status::CannotOpen:
-                return CIPTC::kCannotOpen;
-            case platform::MappedFile::Status::Empty:
-                return CIPTC::kEmptyFile;
-            case platform::MappedFile::Status::CannotMap:
-                return CIPTC::kCannotMapOrWrite;
-        }
+    const auto build = [&](platform::MappedFile& mapped) -> Built {
         if (mapped.Size() < kMinWritableBytes) {
             return CIPTC::kUnsupportedFormat;
         }
@@ -102,11 +91,12 @@ CIPTC::EError WritePSD(const std::string& path, std::span<const std::uint8_t> bl
         } catch (const std::bad_alloc&) {
             return CIPTC::kCannotMapOrWrite;
         }
-    }  // the view and the handle are released before the file is replaced
-    if (!rebuilt) {
-        return CIPTC::kUnsupportedFormat;
-    }
-    return ReplaceFileContent(path, *rebuilt);
+        if (!rebuilt) {
+            return CIPTC::kUnsupportedFormat;
+        }
+        return std::span<const std::uint8_t>(*rebuilt);
+    };
+    return RebuildFile(path, platform::MappedFile::Access::ReadWrite, build);
 }
 
 }  // namespace vliptc::iptc

@@ -12,21 +12,13 @@
 #include <algorithm>
 #include <new>
 
+#include "iptc/internal/ContainerFile.h"
 #include "iptc/internal/Containers.h"
-#include "iptc/internal/SafeReplace.h"
 #include "iptc/internal/TiffLayout.h"
 #include "iptc/internal/TiffRewrite.h"
 #include "platform/FileSystem.h"
-#include "platform/MappedFile.h"
 
 namespace vliptc::iptc {
-
-namespace {
-
-// The largest block a writer accepts (what the encoder can produce).
-constexpr std::size_t kMaxBlockBytes = 65536;
-
-}  // namespace
 
 LocateResult LocateInTIFF(std::span<const std::uint8_t> file) {
     LocateResult result;
@@ -69,18 +61,7 @@ CIPTC::EError WriteTIFF(const std::string& path, std::span<const std::uint8_t> b
         return CIPTC::kBlockTooLarge;
     }
     tiff::Rewrite rewrite;
-    {
-        platform::MappedFile mapped;
-        switch (mapped.Open(path, platform::MappedFile::Access::ReadOnly)) {
-            case platform::MappedFile::Status::Ok:
-                break;
-            case platform::MappedFile::Status::CannotOpen:
-                return CIPTC::kCannotOpen;
-            case platform::MappedFile::Status::Empty:
-                return CIPTC::kEmptyFile;
-            case platform::MappedFile::Status::CannotMap:
-                return CIPTC::kCannotMapOrWrite;
-        }
+    const auto build = [&](platform::MappedFile& mapped) -> Built {
         // A file the user may not write is not replaced behind their back,
         // although its folder would allow the swap.
         if (platform::IsReadOnly(path)) {
@@ -91,11 +72,12 @@ CIPTC::EError WriteTIFF(const std::string& path, std::span<const std::uint8_t> b
         } catch (const std::bad_alloc&) {
             return CIPTC::kCannotMapOrWrite;
         }
-    }  // the view and the handle are released before the file is replaced
-    if (rewrite.error != CIPTC::kSuccess) {
-        return rewrite.error;
-    }
-    return ReplaceFileContent(path, rewrite.bytes);
+        if (rewrite.error != CIPTC::kSuccess) {
+            return rewrite.error;
+        }
+        return std::span<const std::uint8_t>(rewrite.bytes);
+    };
+    return RebuildFile(path, platform::MappedFile::Access::ReadOnly, build);
 }
 
 }  // namespace vliptc::iptc

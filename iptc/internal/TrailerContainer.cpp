@@ -48,6 +48,7 @@
 #include <optional>
 
 #include "host/ByteOrder.h"
+#include "iptc/internal/ContainerFile.h"
 #include "iptc/internal/Containers.h"
 #include "platform/MappedFile.h"
 #include "platform/OutputFile.h"
@@ -68,13 +69,12 @@ constexpr std::uint8_t kTagMarker = 0x1C;  // first byte of a bare IIM block
 // lengths of block + 522 (reserve and the 10 bytes of a trailer or header).
 constexpr std::uint64_t kReserveBytes = 512;
 constexpr std::uint64_t kChunkOverhead = kReserveBytes + kTrailerBytes;  // 522
-// In an appended chunk the six zero bytes in front of the closing magic mark
-// the layout (a trailer of kind 0, length 0) and are never written.
-constexpr std::uint64_t kAppendedMarkBytes = kTrailerBytes - kMagicBytes;
+// In an appended chunk the six zero bytes in front of the closing magic (the
+// end of the reserve) read as a trailer of kind 0 and length 0, which marks
+// the layout.
 
 // The longest appended chunk the reader looks back for: the largest block the
 // store writes, the reserve, the header and the closing magic.
-constexpr std::uint64_t kMaxBlockBytes = 65536;
 constexpr std::uint64_t kMaxAppendedChunkBytes = kMaxBlockBytes + kChunkOverhead + kMagicBytes;
 constexpr std::uint64_t kMinAppendedChunkBytes = kChunkOverhead + kMagicBytes;
 
@@ -184,20 +184,6 @@ void PutBlock(std::span<std::uint8_t> file, std::uint64_t at, std::uint64_t area
     std::memcpy(file.data() + at, block.data(), block.size());
 }
 
-CIPTC::EError ErrorOf(platform::MappedFile::Status status) {
-    switch (status) {
-        case platform::MappedFile::Status::Ok:
-            return CIPTC::kSuccess;
-        case platform::MappedFile::Status::CannotOpen:
-            return CIPTC::kCannotOpen;
-        case platform::MappedFile::Status::Empty:
-            return CIPTC::kEmptyFile;
-        case platform::MappedFile::Status::CannotMap:
-            return CIPTC::kCannotMapOrWrite;
-    }
-    return CIPTC::kCannotOpen;
-}
-
 // Grows the file by delta bytes and maps it again read-write; on failure the
 // file keeps (or gets back) its old size.
 CIPTC::EError GrowAndMap(const std::string& path, platform::MappedFile& map, std::uint64_t delta) {
@@ -256,7 +242,7 @@ CIPTC::EError WriteTrailer(const std::string& path, std::span<const std::uint8_t
     const std::uint64_t n = block.size();
 
     platform::MappedFile map;
-    const CIPTC::EError opened = ErrorOf(map.Open(path, platform::MappedFile::Access::ReadWrite));
+    const CIPTC::EError opened = MapFile(path, platform::MappedFile::Access::ReadWrite, map);
     if (opened != CIPTC::kSuccess) return opened;
 
     if (map.Size() < kTrailerBytes || !EndsWithMagic(map.Bytes())) {

@@ -1,34 +1,34 @@
 #pragma once
 
-// Shared pieces of the container tests: a ready store, byte builders for
-// JPEG segments, image resources and trailer chunks, and a JPEG segment walk
-// that checks every length of a written file.
+// Shared pieces of the container tests (JPEG, trailer, TIFF and Photoshop):
+// byte builders for IIM blocks, image resources, JPEG segments and trailer
+// chunks, an independent walk of a JPEG's segments and resources, the sweep
+// that fails every file-system step of a writer, and a ready store.
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cctype>
 #include <cstdint>
 #include <filesystem>
-#include <optional>
-#include <span>
+#include <functional>
+#include <initializer_list>
+#include <set>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "iptc/IPTC.h"
 #include "platform/FaultInjection.h"
+#include "tests/support/ExifTool.h"
 #include "tests/support/TempDir.h"
 
 namespace vliptc::test {
 
 using Bytes = std::vector<std::uint8_t>;
 
-inline Bytes ToBytes(std::string_view text) {
-    return Bytes(text.begin(), text.end());
-}
-
-inline std::string ToString(const Bytes& bytes) {
-    return std::string(bytes.begin(), bytes.end());
-}
+inline Bytes ToBytes(std::string_view text) { return Bytes(text.begin(), text.end()); }
 
 inline void Put16(Bytes& out, std::uint32_t value) {
     out.push_back(static_cast<std::uint8_t>(value >> 8));
@@ -40,10 +40,21 @@ inline void Put32(Bytes& out, std::uint32_t value) {
     Put16(out, value & 0xFFFF);
 }
 
+inline std::uint32_t Get32(const Bytes& bytes, std::size_t at) {
+    return (std::uint32_t{bytes[at]} << 24) | (std::uint32_t{bytes[at + 1]} << 16) |
+           (std::uint32_t{bytes[at + 2]} << 8) | bytes[at + 3];
+}
+
 inline Bytes Cat(std::initializer_list<Bytes> parts) {
     Bytes out;
     for (const Bytes& part : parts) out.insert(out.end(), part.begin(), part.end());
     return out;
+}
+
+inline Bytes ReadBytes(const std::string& path) { return ToBytes(ReadFile(path)); }
+
+inline void WriteBytes(const std::string& path, const Bytes& bytes) {
+    WriteFile(path, std::string(bytes.begin(), bytes.end()));
 }
 
 // One record-2 dataset with a big-endian length.
@@ -51,6 +62,18 @@ inline Bytes Dataset(std::uint8_t id, std::string_view value, std::uint8_t recor
     Bytes out{0x1C, record, id};
     Put16(out, static_cast<std::uint32_t>(value.size()));
     out.insert(out.end(), value.begin(), value.end());
+    return out;
+}
+
+// A block as the encoder writes it: the version dataset 2:0 = 2, then the
+// datasets, padded to even size.
+inline Bytes IimBlock(std::initializer_list<std::pair<std::uint8_t, std::string>> datasets) {
+    Bytes out = Dataset(0, std::string_view("\x00\x02", 2));
+    for (const auto& [id, text] : datasets) {
+        const Bytes dataset = Dataset(id, text);
+        out.insert(out.end(), dataset.begin(), dataset.end());
+    }
+    if (out.size() % 2 != 0) out.push_back(0);
     return out;
 }
 
@@ -80,13 +103,11 @@ inline Bytes Photoshop(const Bytes& resources) {
     return Segment(0xED, Cat({ToBytes(std::string_view("Photoshop 3.0\0", 14)), resources}));
 }
 
-inline Bytes App0() {
-    return Segment(0xE0, ToBytes(std::string_view("JFIF\0\1\1\0\0\1\0\1\0\0", 14)));
-}
+inline Bytes App0() { return Segment(0xE0, ToBytes(std::string_view("JFIF\0\1\1\0\0\1\0\1\0\0", 14))); }
 
-inline Bytes App1(std::string_view text = "Exif-ish payload") {
-    return Segment(0xE1, ToBytes(text));
-}
+inline Bytes App1() { return Segment(0xE1, ToBytes("Exif-ish payload")); }
+
+inline Bytes Dqt() { return Segment(0xDB, Bytes(65, 1)); }
 
 // SOI, the given segments, then a short scan and EOI.
 inline Bytes Jpeg(std::initializer_list<Bytes> segments) {
@@ -106,88 +127,155 @@ inline Bytes TrailerChunk(std::uint16_t kind, const Bytes& data) {
     return out;
 }
 
+// ---- Reading a JPEG back, independently of the library -------------------
+
 struct JpegSegment {
     std::uint8_t marker = 0;
     std::size_t start = 0;
     Bytes payload;
 };
 
-// Walks a JPEG up to SOS with strict rules (no junk, exact lengths) and
-// checks that the resources of every "Photoshop 3.0" APP13 end exactly at
-// the end of their segment. Fails the test on any inconsistency.
-inline std::vector<JpegSegment> StrictSegments(const Bytes& file) {
+// A JPEG's segments up to the scan; bytes between segments that are not a
+// marker are passed over, as decoders do.
+inline std::vector<JpegSegment> Segments(const Bytes& file) {
     std::vector<JpegSegment> out;
-    EXPECT_GE(file.size(), 4u);
-    if (file.size() < 4) return out;
-    EXPECT_EQ(file[0], 0xFF);
-    EXPECT_EQ(file[1], 0xD8);
     std::size_t pos = 2;
     while (pos + 4 <= file.size()) {
-        EXPECT_EQ(file[pos], 0xFF) << "at " << pos;
-        if (file[pos] != 0xFF) return out;
+        if (file[pos] != 0xFF || file[pos + 1] == 0xFF || file[pos + 1] == 0x00) {
+            ++pos;
+            continue;
+        }
         const std::uint8_t marker = file[pos + 1];
-        if (marker == 0xDA || marker == 0xD9) return out;
+        if (marker == 0xDA || marker == 0xD9) break;
         const std::size_t length = (std::size_t{file[pos + 2]} << 8) | file[pos + 3];
-        EXPECT_GE(length, 2u);
-        EXPECT_LE(pos + 2 + length, file.size());
-        if (length < 2 || pos + 2 + length > file.size()) return out;
-        out.push_back({marker, pos, Bytes(file.begin() + static_cast<long>(pos + 4),
-                                          file.begin() + static_cast<long>(pos + 2 + length))});
+        if (length < 2 || pos + 2 + length > file.size()) break;
+        out.push_back({marker, pos,
+                       Bytes(file.begin() + static_cast<long>(pos + 4),
+                             file.begin() + static_cast<long>(pos + 2 + length))});
         pos += 2 + length;
     }
     return out;
 }
 
-struct ParsedResource {
-    std::uint16_t id = 0;
-    Bytes record;  // the whole resource, header to pad byte
-    Bytes data;
+inline bool IsPhotoshopPayload(const Bytes& payload) {
+    return payload.size() >= 14 && std::equal(payload.begin(), payload.begin() + 14, "Photoshop 3.0");
+}
+
+// A "Photoshop 3.0" payload cut into the resource records that parse and
+// whatever follows them.
+struct Cut {
+    std::vector<Bytes> records;
+    std::vector<std::uint16_t> ids;
+    std::vector<bool> photoshop;  // signed "8BIM" (others: "AgHg", "PHUT", ...)
+    Bytes tail;
 };
 
-// The resources of a "Photoshop 3.0" payload; expects them to fill it exactly.
-inline std::vector<ParsedResource> Resources(const Bytes& payload) {
-    std::vector<ParsedResource> out;
+inline Cut CutPayload(const Bytes& payload) {
+    Cut cut;
     std::size_t pos = 14;
-    while (pos < payload.size()) {
-        if (pos + 8 > payload.size()) {
-            ADD_FAILURE() << "resource header cut off at " << pos;
-            return out;
-        }
-        ParsedResource r;
-        r.id = static_cast<std::uint16_t>((payload[pos + 4] << 8) | payload[pos + 5]);
+    auto isSignature = [&](std::size_t at) {
+        return std::all_of(payload.begin() + static_cast<long>(at),
+                           payload.begin() + static_cast<long>(at + 4),
+                           [](std::uint8_t c) { return std::isalnum(c) != 0; });
+    };
+    while (pos + 12 <= payload.size() && isSignature(pos)) {
         const std::size_t nameBytes = payload[pos + 6] + 1 + ((payload[pos + 6] + 1) % 2);
         const std::size_t sizeAt = pos + 6 + nameBytes;
-        if (sizeAt + 4 > payload.size()) {
-            ADD_FAILURE() << "resource size cut off at " << pos;
-            return out;
-        }
-        const std::size_t size = (std::size_t{payload[sizeAt]} << 24) | (std::size_t{payload[sizeAt + 1]} << 16) |
-                                 (std::size_t{payload[sizeAt + 2]} << 8) | payload[sizeAt + 3];
-        const std::size_t end = sizeAt + 4 + size + size % 2;
-        if (end > payload.size()) {
-            ADD_FAILURE() << "resource data run past the segment at " << pos;
-            return out;
-        }
-        r.data.assign(payload.begin() + static_cast<long>(sizeAt + 4), payload.begin() + static_cast<long>(sizeAt + 4 + size));
-        r.record.assign(payload.begin() + static_cast<long>(pos), payload.begin() + static_cast<long>(end));
-        out.push_back(std::move(r));
+        if (sizeAt + 4 > payload.size()) break;
+        const std::size_t size = Get32(payload, sizeAt);
+        if (sizeAt + 4 + size > payload.size()) break;
+        const std::size_t end = std::min(payload.size(), sizeAt + 4 + size + size % 2);
+        cut.records.emplace_back(payload.begin() + static_cast<long>(pos),
+                                 payload.begin() + static_cast<long>(end));
+        cut.ids.push_back(static_cast<std::uint16_t>((payload[pos + 4] << 8) | payload[pos + 5]));
+        cut.photoshop.push_back(std::equal(payload.begin() + static_cast<long>(pos),
+                                           payload.begin() + static_cast<long>(pos + 4), "8BIM"));
         pos = end;
     }
-    return out;
+    cut.tail.assign(payload.begin() + static_cast<long>(std::min(pos, payload.size())), payload.end());
+    return cut;
 }
 
-inline bool IsPhotoshopPayload(const Bytes& payload) {
-    return payload.size() >= 14 && std::string_view(reinterpret_cast<const char*>(payload.data()), 14) ==
-                                       std::string_view("Photoshop 3.0\0", 14);
+struct IptcCounts {
+    int app13 = 0;    // "Photoshop 3.0" segments
+    int iptc = 0;     // resources 0x0404 signed "8BIM"
+    int anyIptc = 0;  // under any signature (exiv2 reads them all)
+};
+
+inline IptcCounts CountIptc(const Bytes& file) {
+    IptcCounts counts;
+    for (const auto& s : Segments(file)) {
+        // Other APP13 segments ("Adobe_CM") are not resource sections.
+        if (s.marker != 0xED || !IsPhotoshopPayload(s.payload)) continue;
+        ++counts.app13;
+        const Cut cut = CutPayload(s.payload);
+        for (std::size_t i = 0; i < cut.ids.size(); ++i) {
+            if (cut.ids[i] != 0x0404) continue;
+            ++counts.anyIptc;
+            counts.iptc += cut.photoshop[i] ? 1 : 0;
+        }
+    }
+    return counts;
 }
 
-inline Bytes ReadBytes(const std::string& path) {
-    return ToBytes(ReadFile(path));
+// ---- Failing the file-system steps ---------------------------------------
+
+// Names in a folder, apart from a definitions folder "defs".
+inline std::set<std::string> Listing(const std::string& folder) {
+    std::set<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(folder)) {
+        const std::string name = entry.path().filename().string();
+        if (name != "defs") names.insert(name);
+    }
+    return names;
 }
 
-inline void WriteBytes(const std::string& path, const Bytes& bytes) {
-    WriteFile(path, ToString(bytes));
+// Learns the file-system steps of a successful write of the file at path
+// (holding original), then makes each call of each step fail in turn. The
+// original bytes stay at the path with nothing beside them; only when the
+// deletion of the backup fails does the write stand, the backup beside it.
+inline void ExpectEveryFailingStepKeepsTheOriginal(const std::string& path, const Bytes& original,
+                                                   const std::function<CIPTC::EError()>& write) {
+    namespace fault = platform::fault;
+    const std::string folder = path.substr(0, path.find_last_of('/') + 1);
+    const std::string name = path.substr(folder.size());
+    WriteBytes(path, original);
+    fault::StartCounting();
+    ASSERT_EQ(write(), CIPTC::kSuccess);
+    const Bytes written = ReadBytes(path);
+    const std::pair<fault::Step, const char*> steps[] = {{fault::Step::Create, "create"},
+                                                         {fault::Step::Write, "write"},
+                                                         {fault::Step::Rename, "rename"},
+                                                         {fault::Step::Remove, "remove"}};
+    std::vector<int> calls;
+    for (const auto& [step, stepName] : steps) calls.push_back(fault::Calls(step));
+    fault::Reset();
+    EXPECT_EQ(calls[0], 1);  // the temporary file
+    EXPECT_EQ(calls[2], 2);  // the backup, then the new file into place
+    for (std::size_t s = 0; s < std::size(steps); ++s) {
+        const fault::Step step = steps[s].first;
+        for (int n = 1; n <= calls[s]; ++n) {
+            SCOPED_TRACE(name + " " + steps[s].second + " #" + std::to_string(n));
+            WriteBytes(path, original);
+            fault::FailNth(step, n);
+            const CIPTC::EError result = write();
+            fault::Reset();
+            if (step == fault::Step::Remove) {
+                EXPECT_EQ(result, CIPTC::kSuccess);
+                EXPECT_EQ(ReadBytes(path), written);
+                EXPECT_EQ(ReadBytes(path + ".000"), original);
+                EXPECT_EQ(Listing(folder), (std::set<std::string>{name, name + ".000"}));
+                std::filesystem::remove(path + ".000");
+                continue;
+            }
+            EXPECT_EQ(result, step == fault::Step::Rename ? CIPTC::kCannotReplace : CIPTC::kCannotMapOrWrite);
+            EXPECT_EQ(ReadBytes(path), original);
+            EXPECT_EQ(Listing(folder), std::set<std::string>{name});
+        }
+    }
 }
+
+// ---- A store ---------------------------------------------------------------
 
 // A store initialised from a small definition file in a temporary folder.
 class ContainerTest : public ::testing::Test {
@@ -205,20 +293,9 @@ protected:
     std::string File(std::string_view name) const { return m_dir.File(name); }
 
     std::vector<std::string> Values(std::uint32_t id) {
-        std::vector<CVLProperty> values;
-        m_store.GetField(id, values);
-        std::vector<std::string> out;
-        for (const auto& v : values) out.push_back(v.String());
-        return out;
-    }
-
-    // Writes the store into path with the format that reading it gave.
-    CIPTC::EError Rewrite(const std::string& path) {
-        CIPTC::SIPTCFormatInfo format;
-        const CIPTC::EError read = m_store.ReadIPTCBlob(path.c_str(), format);
-        if (read != CIPTC::kSuccess && read != CIPTC::kNoIPTCBlock) return read;
-        m_store.SetField(25, CVLProperty(std::string("added")), false);
-        return m_store.WriteIPTCBlob(path.c_str(), format);
+        const Datasets datasets = FromStore(m_store);
+        const auto it = datasets.find(static_cast<int>(id));
+        return it == datasets.end() ? std::vector<std::string>{} : it->second;
     }
 
     TempDir m_dir;

@@ -1,10 +1,8 @@
 #include "tests/tiffpsd/Crafted.h"
 
 #include <algorithm>
-#include <fstream>
-#include <iterator>
 #include <map>
-#include <stdexcept>
+#include <span>
 
 #include "host/ByteOrder.h"
 #include "iptc/internal/Containers.h"
@@ -14,17 +12,6 @@ namespace vliptc::test {
 
 using bytes::ByteOrder;
 
-Bytes IimBlock(std::initializer_list<std::pair<std::uint8_t, std::string>> datasets) {
-    Bytes out{0x1C, 0x02, 0x00, 0x00, 0x02, 0x00, 0x02};
-    for (const auto& [id, text] : datasets) {
-        out.insert(out.end(), {0x1C, 0x02, id, static_cast<std::uint8_t>(text.size() >> 8),
-                               static_cast<std::uint8_t>(text.size() & 0xFF)});
-        out.insert(out.end(), text.begin(), text.end());
-    }
-    if (out.size() % 2 != 0) out.push_back(0);
-    return out;
-}
-
 // ---- TIFF ---------------------------------------------------------------
 
 TiffMaker::TiffMaker(bool bigEndian) : m_bigEndian(bigEndian) {
@@ -32,21 +19,17 @@ TiffMaker::TiffMaker(bool bigEndian) : m_bigEndian(bigEndian) {
     m_bytes.resize(8, 0);
 }
 
-Bytes TiffMaker::Encode16(std::initializer_list<std::uint32_t> values) const {
+Bytes TiffMaker::Encode(std::initializer_list<std::uint32_t> values, int width) const {
+    const ByteOrder order = m_bigEndian ? ByteOrder::kBigEndian : ByteOrder::kLittleEndian;
     Bytes out;
     for (auto v : values) {
-        const auto b = bytes::Encode16(static_cast<std::uint16_t>(v),
-                                       m_bigEndian ? ByteOrder::kBigEndian : ByteOrder::kLittleEndian);
-        out.insert(out.end(), b.begin(), b.end());
-    }
-    return out;
-}
-
-Bytes TiffMaker::Encode32(std::initializer_list<std::uint32_t> values) const {
-    Bytes out;
-    for (auto v : values) {
-        const auto b = bytes::Encode32(v, m_bigEndian ? ByteOrder::kBigEndian : ByteOrder::kLittleEndian);
-        out.insert(out.end(), b.begin(), b.end());
+        if (width == 2) {
+            const auto b = bytes::Encode16(static_cast<std::uint16_t>(v), order);
+            out.insert(out.end(), b.begin(), b.end());
+        } else {
+            const auto b = bytes::Encode32(v, order);
+            out.insert(out.end(), b.begin(), b.end());
+        }
     }
     return out;
 }
@@ -220,36 +203,14 @@ std::vector<IptcEntryInfo> IptcEntries(const Bytes& file) {
 
 // ---- Photoshop documents ------------------------------------------------
 
-Bytes EncodeResource(const PsdResource& r) {
-    Bytes out(r.signature.begin(), r.signature.end());
-    out.insert(out.end(), {static_cast<std::uint8_t>(r.id >> 8), static_cast<std::uint8_t>(r.id & 0xFF),
-                           static_cast<std::uint8_t>(r.name.size())});
-    out.insert(out.end(), r.name.begin(), r.name.end());
-    if ((r.name.size() + 1) % 2 != 0) out.push_back(0);
-    const auto size = bytes::Encode32(static_cast<std::uint32_t>(r.data.size()), ByteOrder::kBigEndian);
-    out.insert(out.end(), size.begin(), size.end());
-    out.insert(out.end(), r.data.begin(), r.data.end());
-    if (r.data.size() % 2 != 0) out.push_back(0);
-    return out;
-}
-
-Bytes MakePsd(const std::vector<PsdResource>& resources, const Bytes& colourMode) {
+Bytes MakePsd(const std::vector<Bytes>& records, const Bytes& colourMode) {
     Bytes out = {'8', 'B', 'P', 'S', 0, 1, 0, 0, 0, 0, 0, 0, 0, 3, 0, 0, 0, 5, 0, 0, 0, 4, 0, 8, 0, 3};
-    auto put32 = [&](std::size_t n) {
-        const auto b = bytes::Encode32(static_cast<std::uint32_t>(n), ByteOrder::kBigEndian);
-        out.insert(out.end(), b.begin(), b.end());
-    };
-    put32(colourMode.size());
+    Put32(out, static_cast<std::uint32_t>(colourMode.size()));
     out.insert(out.end(), colourMode.begin(), colourMode.end());
     Bytes section;
-    for (const PsdResource& r : resources) {
-        const Bytes record = EncodeResource(r);
-        section.insert(section.end(), record.begin(), record.end());
-    }
-    put32(section.size());
-    out.insert(out.end(), section.begin(), section.end());
-    out.insert(out.end(), kPsdRest.begin(), kPsdRest.end());
-    return out;
+    for (const Bytes& record : records) section.insert(section.end(), record.begin(), record.end());
+    Put32(out, static_cast<std::uint32_t>(section.size()));
+    return Cat({out, section, kPsdRest});
 }
 
 // ---- Reading back --------------------------------------------------------
@@ -258,7 +219,6 @@ namespace {
 
 class Decoder : public CIPTC {
 public:
-    using CIPTC::BuildBlob;
     using CIPTC::DecodeIIM;
 };
 
@@ -271,42 +231,9 @@ std::optional<Datasets> ReadDatasets(const Bytes& file) {
         Decoder decoder;
         const auto region = std::span<const std::uint8_t>(file).subspan(location.offset, location.size);
         CIPTCReader reader(region, true);  // IIM is big-endian in every container
-        if (decoder.DecodeIIM(reader, region.size()) != CIPTC::kSuccess) continue;
-        Datasets out;
-        for (const auto& item : decoder.Fields()) {
-            std::vector<std::string> values;
-            for (const auto& value : item.vValues) values.push_back(value.String());
-            out.emplace_back(item.nID, values);
-        }
-        return out;
+        if (decoder.DecodeIIM(reader, region.size()) == CIPTC::kSuccess) return FromStore(decoder);
     }
     return std::nullopt;
-}
-
-Bytes EncodeDatasets(const Datasets& datasets) {
-    Decoder encoder;
-    for (const auto& [id, values] : datasets) {
-        for (const auto& value : values) {
-            if (id != 0) encoder.SetField(id, CVLProperty(value), false);
-        }
-    }
-    CIPTC::SIPTCBlob blob;
-    encoder.BuildBlob(encoder.Fields(), blob, true);
-    Bytes out(blob.pData, blob.pData + blob.nSize);
-    delete[] blob.pData;
-    return out;
-}
-
-Bytes Load(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    if (!in) throw std::runtime_error("cannot read " + path);
-    return Bytes(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-}
-
-void Save(const std::string& path, const Bytes& bytes) {
-    std::ofstream out(path, std::ios::binary | std::ios::trunc);
-    out.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
-    if (!out) throw std::runtime_error("cannot write " + path);
 }
 
 }  // namespace vliptc::test

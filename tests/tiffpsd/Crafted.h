@@ -7,20 +7,12 @@
 #include <cstdint>
 #include <initializer_list>
 #include <optional>
-#include <span>
 #include <string>
-#include <utility>
 #include <vector>
 
-#include "iptc/IPTC.h"
+#include "tests/containers/ContainerSupport.h"
 
 namespace vliptc::test {
-
-using Bytes = std::vector<std::uint8_t>;
-
-// A record-2 block as the encoder writes it: the version dataset 2:0 = 2,
-// then the datasets with big-endian lengths, padded to even size.
-Bytes IimBlock(std::initializer_list<std::pair<std::uint8_t, std::string>> datasets);
 
 // ---- TIFF ---------------------------------------------------------------
 
@@ -36,8 +28,8 @@ class TiffMaker {
 public:
     explicit TiffMaker(bool bigEndian);
 
-    Bytes Encode16(std::initializer_list<std::uint32_t> values) const;
-    Bytes Encode32(std::initializer_list<std::uint32_t> values) const;
+    Bytes Encode16(std::initializer_list<std::uint32_t> values) const { return Encode(values, 2); }
+    Bytes Encode32(std::initializer_list<std::uint32_t> values) const { return Encode(values, 4); }
     TiffField Short(std::uint16_t tag, std::initializer_list<std::uint32_t> values) const;
     TiffField Long(std::uint16_t tag, std::initializer_list<std::uint32_t> values) const;
     TiffField Ascii(std::uint16_t tag, const std::string& text) const;
@@ -54,6 +46,8 @@ public:
     const Bytes& Data() const { return m_bytes; }
 
 private:
+    Bytes Encode(std::initializer_list<std::uint32_t> values, int width) const;
+
     bool m_bigEndian;
     Bytes m_bytes;
 };
@@ -82,28 +76,15 @@ std::vector<IptcEntryInfo> IptcEntries(const Bytes& file);
 
 // ---- Photoshop documents ------------------------------------------------
 
-struct PsdResource {
-    std::string signature = "8BIM";
-    std::uint16_t id = 0;
-    std::string name;
-    Bytes data;
-};
-Bytes EncodeResource(const PsdResource& resource);
 // Header (3 channels, 4 x 5 pixels, 8 bits, RGB), colour-mode data, the
-// resources, then a stand-in for the layer and image data.
-Bytes MakePsd(const std::vector<PsdResource>& resources, const Bytes& colourMode = {1, 2, 3, 4});
+// resource records (see Resource), then a stand-in for the layer and image data.
+Bytes MakePsd(const std::vector<Bytes>& records, const Bytes& colourMode = {1, 2, 3, 4});
 inline const Bytes kPsdRest = {0, 0, 0, 0, 0, 0, 0xAA, 0xBB, 0xCC, 0xDD, 0xEE};
 
 // ---- Reading back --------------------------------------------------------
 
 // The record-2 datasets of a TIFF or Photoshop file's first decodable IPTC
-// place, as (dataset, values) in the order first met. nullopt when none.
-using Datasets = std::vector<std::pair<std::uint32_t, std::vector<std::string>>>;
+// place; nullopt when none.
 std::optional<Datasets> ReadDatasets(const Bytes& file);
-// Encodes datasets as the library's writers get them (version 2:0 first).
-Bytes EncodeDatasets(const Datasets& datasets);
-
-Bytes Load(const std::string& path);
-void Save(const std::string& path, const Bytes& bytes);
 
 }  // namespace vliptc::test

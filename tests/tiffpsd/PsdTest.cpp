@@ -2,26 +2,22 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <filesystem>
-
 #include "iptc/internal/Containers.h"
-#include "tests/support/TempDir.h"
 #include "tests/tiffpsd/Crafted.h"
 
 namespace vliptc::test {
 namespace {
 
-const PsdResource kBefore = {"8BIM", 0x03ED, "", {0, 0x48, 0, 0, 0, 1, 0, 1}};
-const PsdResource kAfter = {"8BIM", 0x0425, "digest", Bytes(16, 0x5A)};
+const Bytes kBefore = Resource(0x03ED, {0, 0x48, 0, 0, 0, 1, 0, 1});
+const Bytes kAfter = Resource(0x0425, Bytes(16, 0x5A), "digest");
 constexpr std::size_t kSectionStart = 26 + 4 + 4 + 4;  // header, colour-mode length and data, section length
 
-Bytes Record(std::size_t blockSize, std::uint32_t dataSize, std::uint8_t fill = 0x1C) {
-    return EncodeResource({"8BIM", 0x0404, "Caption", [&] {
-                               Bytes data(dataSize, 0);
-                               std::fill_n(data.begin(), blockSize, fill);
-                               return data;
-                           }()});
+// The writer's record: name "Caption", data of dataSize bytes starting with
+// the block (here blockSize bytes of 0x1C) and then zero bytes.
+Bytes CaptionRecord(std::size_t blockSize, std::size_t dataSize) {
+    Bytes data(dataSize, 0);
+    std::fill_n(data.begin(), blockSize, 0x1C);
+    return Resource(0x0404, data, "Caption");
 }
 
 // Old IPTC records and new blocks around the room test: the record's real
@@ -44,71 +40,58 @@ TEST(PsdWrite, RewritesInPlaceExactlyWhenTheOldRecordHasRoom) {
     TempDir dir;
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
-        const PsdResource old = {"8BIM", 0x0404, c.oldName, Bytes(c.oldData, 0x77)};
+        const Bytes old = Resource(0x0404, Bytes(c.oldData, 0x77), c.oldName);
         const Bytes before = MakePsd({kBefore, old, kAfter});
         const std::string path = dir.File(std::string(c.name) + ".psd");
-        Save(path, before);
-        const Bytes block(c.block, 0x1C);
-        ASSERT_EQ(iptc::WritePSD(path, block), CIPTC::kSuccess);
-        const Bytes after = Load(path);
-
-        const std::size_t at = kSectionStart + EncodeResource(kBefore).size();
-        const std::size_t extent = EncodeResource(old).size();
+        WriteBytes(path, before);
+        ASSERT_EQ(iptc::WritePSD(path, Bytes(c.block, 0x1C)), CIPTC::kSuccess);
+        const Bytes after = ReadBytes(path);
         if (c.inPlace) {
             // Same size, every byte outside the record unchanged, the record
             // named "Caption" and keeping its old extent.
+            const std::size_t at = kSectionStart + kBefore.size();
             ASSERT_EQ(after.size(), before.size());
             EXPECT_TRUE(std::equal(before.begin(), before.begin() + at, after.begin()));
-            EXPECT_TRUE(std::equal(before.begin() + at + extent, before.end(), after.begin() + at + extent));
-            const Bytes expected = Record(c.block, static_cast<std::uint32_t>(extent - 18));
-            EXPECT_EQ(Bytes(after.begin() + at, after.begin() + at + extent), expected);
+            EXPECT_TRUE(
+                std::equal(before.begin() + at + old.size(), before.end(), after.begin() + at + old.size()));
+            EXPECT_EQ(Bytes(after.begin() + at, after.begin() + at + old.size()),
+                      CaptionRecord(c.block, old.size() - 18));
         } else {
             // Rebuilt: the new record where the old one was, with 256 reserve bytes.
-            const Bytes expected = MakePsd({kBefore,
-                                            {"8BIM", 0x0404, "Caption",
-                                             [&] {
-                                                 Bytes data(c.block + c.block % 2 + 256, 0);
-                                                 std::fill_n(data.begin(), c.block, 0x1C);
-                                                 return data;
-                                             }()},
-                                            kAfter});
-            EXPECT_EQ(after, expected);
+            EXPECT_EQ(after, MakePsd({kBefore, CaptionRecord(c.block, c.block + c.block % 2 + 256), kAfter}));
         }
     }
-    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir.Path()), {}), std::size(cases));
+    EXPECT_EQ(Listing(dir.Path()).size(), std::size(cases));
 }
 
 TEST(PsdWrite, RebuildsTheSectionKeepingEveryOtherRecord) {
     const Bytes block = IimBlock({{25, "sea"}});
-    const PsdResource phut = {"PHUT", 0x0404, "", {1, 2, 3}};  // not an IPTC record: another signature
-    const PsdResource iptc = {"8BIM", 0x0404, "", IimBlock({{5, "old"}})};
-    const PsdResource iptc2 = {"8bim", 0x0404, "", IimBlock({{5, "older"}})};
-    auto record = [&](const Bytes& data) {
-        Bytes padded(data);
-        padded.resize(data.size() + data.size() % 2 + 256, 0);
-        return PsdResource{"8BIM", 0x0404, "Caption", padded};
-    };
+    const Bytes phut = Resource(0x0404, {1, 2, 3}, "", "PHUT");  // not an IPTC record: another signature
+    const Bytes iptc = Resource(0x0404, IimBlock({{5, "old"}}));
+    const Bytes iptc2 = Resource(0x0404, IimBlock({{5, "older"}}), "", "8bim");
+    Bytes data = block;
+    data.resize(block.size() + 256, 0);
+    const Bytes ours = Resource(0x0404, data, "Caption");
     const struct {
         const char* name;
-        std::vector<PsdResource> before, after;
+        std::vector<Bytes> before, after;
     } cases[] = {
-        {"none_goes_last", {kBefore, phut, kAfter}, {kBefore, phut, kAfter, record(block)}},
-        {"takes_the_first_place", {kBefore, iptc, kAfter, iptc2}, {kBefore, record(block), kAfter}},
+        {"none_goes_last", {kBefore, phut, kAfter}, {kBefore, phut, kAfter, ours}},
+        {"takes_the_first_place", {kBefore, iptc, kAfter, iptc2}, {kBefore, ours, kAfter}},
     };
     TempDir dir;
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
         const std::string path = dir.File("doc.psd");
-        Save(path, MakePsd(c.before, {9, 8, 7}));
+        WriteBytes(path, MakePsd(c.before, {9, 8, 7}));
         ASSERT_EQ(iptc::WritePSD(path, block), CIPTC::kSuccess);
-        const Bytes written = Load(path);
+        const Bytes written = ReadBytes(path);
         EXPECT_EQ(written, MakePsd(c.after, {9, 8, 7}));
-        EXPECT_EQ(ReadDatasets(written), (Datasets{{0, {"2"}}, {25, {"sea"}}}));
 
         // The reserve lets the next, slightly larger block go in place.
         const Bytes larger = IimBlock({{25, "sea"}, {25, "sky"}, {120, std::string(200, 'c')}});
         ASSERT_EQ(iptc::WritePSD(path, larger), CIPTC::kSuccess);
-        const Bytes again = Load(path);
+        const Bytes again = ReadBytes(path);
         EXPECT_EQ(again.size(), written.size());
         EXPECT_EQ(ReadDatasets(again),
                   (Datasets{{0, {"2"}}, {25, {"sea", "sky"}}, {120, {std::string(200, 'c')}}}));
@@ -141,18 +124,19 @@ TEST(PsdWrite, RefusesWhatItCannotRewrite) {
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
         const std::string path = dir.File(std::string(c.name) + ".psd");
-        Save(path, c.file);
+        WriteBytes(path, c.file);
         EXPECT_EQ(iptc::WritePSD(path, Bytes(c.block, 0x1C)), c.expected);
-        EXPECT_EQ(Load(path), c.file);
+        EXPECT_EQ(ReadBytes(path), c.file);
     }
     EXPECT_EQ(iptc::WritePSD(dir.File("missing.psd"), good), CIPTC::kCannotOpen);
-    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir.Path()), {}), std::size(cases));
+    EXPECT_EQ(Listing(dir.Path()).size(), std::size(cases));
 }
 
 TEST(PsdRead, WalksEveryRecordForIptc) {
     const Bytes caption = IimBlock({{120, "caption"}});
+    const Datasets captionDatasets = {{0, {"2"}}, {120, {"caption"}}};
     const Bytes record1Only = {0x1C, 0x01, 0x5A, 0x00, 0x03, 0x1B, 0x25, 0x47};
-    Bytes truncated = MakePsd({kBefore, {"8BIM", 0x0404, "", caption}});
+    Bytes truncated = MakePsd({kBefore, Resource(0x0404, caption)});
     truncated.resize(truncated.size() - kPsdRest.size() - 4);  // the record's data cut short
     Bytes headerOnly = MakePsd({});
     headerOnly.resize(28);
@@ -162,16 +146,15 @@ TEST(PsdRead, WalksEveryRecordForIptc) {
         CIPTC::EError error;
         std::optional<Datasets> datasets;
     } cases[] = {
-        {"behind_another_signature", MakePsd({{"PHUT", 0x0425, "", {1}}, {"8BIM", 0x0404, "", caption}}),
-         CIPTC::kSuccess, Datasets{{0, {"2"}}, {120, {"caption"}}}},
-        {"lower_case_signature", MakePsd({{"8bim", 0x0404, "x", caption}}), CIPTC::kSuccess,
-         Datasets{{0, {"2"}}, {120, {"caption"}}}},
+        {"behind_another_signature", MakePsd({Resource(0x0425, {1}, "", "PHUT"), Resource(0x0404, caption)}),
+         CIPTC::kSuccess, captionDatasets},
+        {"lower_case_signature", MakePsd({Resource(0x0404, caption, "x", "8bim")}), CIPTC::kSuccess,
+         captionDatasets},
         {"first_record_without_record_2",
-         MakePsd(
-             {{"8BIM", 0x0404, "", record1Only}, {"8BIM", 0x0404, "", {}}, {"8BIM", 0x0404, "", caption}}),
-         CIPTC::kSuccess, Datasets{{0, {"2"}}, {120, {"caption"}}}},
-        {"iptc_under_another_signature", MakePsd({{"PHUT", 0x0404, "", caption}}), CIPTC::kNoIPTCBlock,
-         std::nullopt},
+         MakePsd({Resource(0x0404, record1Only), Resource(0x0404, {}), Resource(0x0404, caption)}),
+         CIPTC::kSuccess, captionDatasets},
+        {"iptc_under_another_signature", MakePsd({Resource(0x0404, caption, "", "PHUT")}),
+         CIPTC::kNoIPTCBlock, std::nullopt},
         {"no_iptc", MakePsd({kBefore, kAfter}), CIPTC::kNoIPTCBlock, std::nullopt},
         {"record_cut_short", truncated, CIPTC::kNoIPTCBlock, std::nullopt},
         {"not_a_document", Bytes(40, '8'), CIPTC::kUnsupportedFormat, std::nullopt},

@@ -2,12 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <filesystem>
-
 #include "iptc/internal/Containers.h"
 #include "iptc/internal/TiffRewrite.h"
-#include "tests/support/TempDir.h"
 #include "tests/tiffpsd/Crafted.h"
 
 namespace vliptc::test {
@@ -105,8 +101,9 @@ Crafted Make(Shape shape, bool bigEndian) {
             const auto strip = t.Append(Pixels(8, 10));
             const auto thumbnail = t.Append(Pixels(30, 11));
             const auto full = t.Append(Pixels(14, 12));
-            t.Fill(ifd0, {t.Long(256, {2}), t.Long(273, {strip}), t.Long(279, {8}), t.Long(330, {sub}),
-                          t.Long(34665, {exif})},
+            t.Fill(ifd0,
+                   {t.Long(256, {2}), t.Long(273, {strip}), t.Long(279, {8}), t.Long(330, {sub}),
+                    t.Long(34665, {exif})},
                    ifd1);
             t.Fill(ifd1, {t.Long(513, {thumbnail}), t.Long(514, {30})});
             t.Fill(sub, {t.Long(273, {full}), t.Long(279, {14})});
@@ -122,8 +119,8 @@ Crafted Make(Shape shape, bool bigEndian) {
 class TiffWrite : public ::testing::TestWithParam<std::tuple<Shape, bool>> {};
 
 std::string ShapeName(const ::testing::TestParamInfo<std::tuple<Shape, bool>>& info) {
-    static const char* const kNames[] = {"AllTagsBelow", "ExifGpsBehind", "DirectoryAtEnd", "TilesAndFree",
-                                         "ExistingEntry", "LinkedPictures"};
+    static const char* const kNames[] = {"AllTagsBelow", "ExifGpsBehind", "DirectoryAtEnd",
+                                         "TilesAndFree", "ExistingEntry", "LinkedPictures"};
     return std::string(kNames[static_cast<int>(std::get<0>(info.param))]) +
            (std::get<1>(info.param) ? "_MM" : "_II");
 }
@@ -236,12 +233,12 @@ TEST(TiffWrite, RefusesWhatItCannotRewriteSafely) {
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
         const std::string path = dir.File(std::string(c.name) + ".tif");
-        Save(path, c.file);
+        WriteBytes(path, c.file);
         EXPECT_EQ(iptc::WriteTIFF(path, Bytes(c.blockSize, 0x1C)), c.expected);
-        EXPECT_EQ(Load(path), c.file);
+        EXPECT_EQ(ReadBytes(path), c.file);
     }
     EXPECT_EQ(iptc::WriteTIFF(dir.File("missing.tif"), kBlock), CIPTC::kCannotOpen);
-    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir.Path()), {}), std::size(cases));
+    EXPECT_EQ(Listing(dir.Path()).size(), std::size(cases));
 }
 
 TEST(TiffRead, FindsTheEntryAndReadsItsDatasetsMostSignificantByteFirst) {
