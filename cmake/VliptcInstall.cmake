@@ -5,13 +5,25 @@ install(TARGETS vliptc_core EXPORT vliptcTargets
   ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
   RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+install(TARGETS vliptc_editors EXPORT vliptcTargets
+  ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
+  LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+  RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 
 # Public headers only: each folder keeps its helpers in internal/, which is not installed.
-foreach(dir host platform iptc tags exif)
+foreach(dir host platform iptc tags exif editors)
   install(DIRECTORY ${dir}/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/vliptc/${dir}
           FILES_MATCHING PATTERN "*.h" PATTERN "internal" EXCLUDE)
 endforeach()
 install(FILES resources/vliptctags.ipt DESTINATION ${CMAKE_INSTALL_DATADIR}/vliptc)
+
+# The package config finds Qt for a consumer only when the editors use it.
+get_target_property(vliptc_editor_links vliptc_editors INTERFACE_LINK_LIBRARIES)
+if("Qt6::Widgets" IN_LIST vliptc_editor_links)
+  set(VLIPTC_CONFIG_NEEDS_QT ON)
+else()
+  set(VLIPTC_CONFIG_NEEDS_QT OFF)
+endif()
 
 install(EXPORT vliptcTargets NAMESPACE vliptc:: DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/vliptc)
 configure_package_config_file(cmake/vliptcConfig.cmake.in

@@ -15,6 +15,12 @@ inline constexpr std::uint64_t kMaxDefinitionFileBytes = 32u * 1024 * 1024;
 // than this (the whole IIM block is capped at 64 KiB; EXIF blobs stay far below).
 inline constexpr std::uint32_t kMaxPropertyPayloadBytes = 16u * 1024 * 1024;
 
+// The binary clipboard form of one IPTC record (editors' clipboard, the
+// command line's clipboard file). A record that fits an IIM block of 64 KiB
+// takes well under 1 MiB; each value costs at least five bytes of input, so
+// this cap also bounds what a decode allocates.
+inline constexpr std::uint32_t kMaxClipboardBytes = 16u * 1024 * 1024;
+
 // TIFF: directories visited in one file (the chain of IFDs plus the EXIF and
 // GPS directories they point to). Real files have a handful; a longer chain
 // is a loop or an attack.

@@ -13,6 +13,7 @@ packages=(
   libjpeg-turbo-progs                 # djpeg: decoded pixels stay identical after a write
   libcli11-dev                        # argument parsing of the vliptc tool
   imagemagick                         # scripts/make-examples.sh draws the sample images
+  qt6-base-dev                        # the editors (Qt 6 Widgets, QtTest; the offscreen platform for UI tests)
 )
 
 missing=()

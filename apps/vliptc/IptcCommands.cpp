@@ -2,14 +2,13 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <filesystem>
 #include <memory>
 #include <optional>
-#include <set>
 #include <utility>
 
 #include "apps/vliptc/Batch.h"
 #include "apps/vliptc/Commands.h"
+#include "apps/vliptc/Edits.h"
 #include "apps/vliptc/Fields.h"
 #include "apps/vliptc/Output.h"
 #include "platform/Charset.h"
@@ -75,123 +74,18 @@ int RunShow(const GlobalOptions& global, const ShowOptions& options) {
 
 struct SetOptions {
     std::vector<std::string> files;
-    std::vector<std::string> sets;
-    std::vector<std::string> adds;
-    std::vector<std::string> removes;
-    std::vector<std::string> clears;
-    std::string templateName;
+    EditOptions edits;
     bool keepTimes = false;
 };
 
-// The edits of one call, checked and converted once, applied to every file in
-// this order: template, --clear, --set, --remove, --add. A field that holds
-// one value only (not REPEATABLE) takes --set once and no --add, so no file
-// gets two values where readers expect one.
-struct EditPlan {
-    std::optional<CIPTC::FieldList> templateFields;
-    std::vector<std::uint32_t> clears;
-    std::vector<std::pair<std::uint32_t, std::vector<CVLProperty>>>
-        sets;  // by field, in order of first mention
-    std::vector<std::pair<std::uint32_t, CVLProperty>> removes;
-    std::vector<std::pair<std::uint32_t, CVLProperty>> adds;
-};
-
-EditPlan MakePlan(CIPTC& store, const FieldNames& names, const SetOptions& options) {
-    if (options.sets.empty() && options.adds.empty() && options.removes.empty() && options.clears.empty() &&
-        options.templateName.empty()) {
+int RunSet(const GlobalOptions& global, const SetOptions& options) {
+    if (options.edits.Empty()) {
         throw UsageError("nothing to change: give --set, --add, --remove, --clear or --template");
     }
-    EditPlan plan;
-    if (!options.templateName.empty()) {
-        const std::string name = ToStored(options.templateName, "the template name");
-        for (const auto& stored : store.Templates()) {
-            if (stored.strName == name) plan.templateFields = stored.vFields;
-        }
-        if (!plan.templateFields) throw UsageError("no template named \"" + options.templateName + "\"");
-    }
-    for (const auto& id : options.clears) plan.clears.push_back(names.Resolve(id));
-    for (const auto& assignment : options.sets) {
-        const auto [idText, valueText] = SplitAssignment(assignment, "--set");
-        const std::uint32_t id = names.Resolve(idText);
-        CVLProperty value = CheckedValue(store, names, id, valueText);
-        auto it = std::find_if(plan.sets.begin(), plan.sets.end(),
-                               [id](const auto& set) { return set.first == id; });
-        if (it == plan.sets.end()) it = plan.sets.insert(plan.sets.end(), {id, {}});
-        it->second.push_back(std::move(value));
-        if (it->second.size() > 1 && !IsRepeatable(store, id)) {
-            throw UsageError(names.Name(id) + " holds one value: give --set " + idText + "=... once");
-        }
-    }
-    for (const auto& assignment : options.removes) {
-        const auto [idText, valueText] = SplitAssignment(assignment, "--remove");
-        const std::uint32_t id = names.Resolve(idText);
-        plan.removes.emplace_back(id, CVLProperty(ToStored(valueText, "the value for " + names.Name(id))));
-    }
-    for (const auto& assignment : options.adds) {
-        const auto [idText, valueText] = SplitAssignment(assignment, "--add");
-        const std::uint32_t id = names.Resolve(idText);
-        if (!IsRepeatable(store, id)) {
-            throw UsageError(names.Name(id) + " holds one value: use --set, not --add");
-        }
-        plan.adds.emplace_back(id, CheckedValue(store, names, id, valueText));
-    }
-    return plan;
-}
-
-bool Holds(const std::vector<CVLProperty>& values, const CVLProperty& value) {
-    return std::find(values.begin(), values.end(), value) != values.end();
-}
-
-// The template sets the fields it has values for and leaves the others as
-// the file has them. --add skips a value the field holds already.
-void Apply(CIPTC& store, const EditPlan& plan) {
-    constexpr std::uint32_t kRecordVersion = 0;
-    if (plan.templateFields) {
-        for (const auto& item : *plan.templateFields) {
-            if (item.nID != kRecordVersion && !item.vValues.empty()) store.SetField(item.nID, item.vValues);
-        }
-    }
-    for (const std::uint32_t id : plan.clears) {
-        if (CIPTC::SIPTCItem* item = store.Field(id)) item->vValues.clear();
-    }
-    for (const auto& [id, values] : plan.sets) store.SetField(id, values);
-    for (const auto& [id, value] : plan.removes) {
-        if (CIPTC::SIPTCItem* item = store.Field(id)) std::erase(item->vValues, value);
-    }
-    for (const auto& [id, value] : plan.adds) {
-        const CIPTC::SIPTCItem* item = store.Field(id);
-        if (item == nullptr || !Holds(item->vValues, value)) store.SetField(id, value, false);
-    }
-}
-
-// The fields that have values, to tell whether an edit changed anything.
-std::vector<std::pair<std::uint32_t, std::vector<CVLProperty>>> Valued(const CIPTC::FieldList& fields) {
-    std::vector<std::pair<std::uint32_t, std::vector<CVLProperty>>> out;
-    for (const auto& item : fields) {
-        if (!item.vValues.empty()) out.emplace_back(item.nID, item.vValues);
-    }
-    return out;
-}
-
-// A file named twice (or by two spellings of one path) is edited once: two
-// workers must never write the same file.
-std::vector<std::string> Distinct(const std::vector<std::string>& files) {
-    std::vector<std::string> out;
-    std::set<std::filesystem::path> seen;
-    for (const auto& file : files) {
-        std::error_code error;
-        auto key = std::filesystem::weakly_canonical(file, error);
-        if (error) key = file;
-        if (seen.insert(key).second) out.push_back(file);
-    }
-    return out;
-}
-
-int RunSet(const GlobalOptions& global, const SetOptions& options) {
-    const std::vector<std::string> files = Distinct(options.files);
+    const std::vector<std::string> files = DistinctFiles(options.files);
     auto stores = MakeStores(global, files.size());
     const FieldNames names(*stores.front());
-    const EditPlan plan = MakePlan(*stores.front(), names, options);
+    const EditPlan plan = MakePlan(*stores.front(), names, options.edits);
 
     // Every check is done; from here on files are written. The library
     // replaces a file only with a complete new one.
@@ -203,9 +97,9 @@ int RunSet(const GlobalOptions& global, const SetOptions& options) {
         if (read != CIPTC::kSuccess && read != CIPTC::kNoIPTCBlock) {
             return {{}, FileMessage(path, read), true};
         }
-        const auto before = Valued(store.Fields());
-        Apply(store, plan);
-        if (Valued(store.Fields()) == before) {  // nothing to write
+        const auto before = ValuedFields(store.Fields());
+        ApplyEdits(store, plan);
+        if (ValuedFields(store.Fields()) == before) {  // nothing to write
             if (times) static_cast<void>(platform::SetFileTimes(path, *times));
             return {};
         }
@@ -266,20 +160,9 @@ void AddIptcCommands(CLI::App& app, Cli& cli) {
         "Change fields and write them into the files. ID is a dataset number or a field name "
         "(case and punctuation ignored); values may be date macros such as #TODAY");
     setCommand->add_option("files", set->files, filesHelp)->required();
-    setCommand->add_option("--set", set->sets, "Replace the field's values (repeat for several values)")
-        ->type_name("ID=VALUE")
-        ->allow_extra_args(false);
-    setCommand->add_option("--add", set->adds, "Append a value the field does not hold yet")
-        ->type_name("ID=VALUE")
-        ->allow_extra_args(false);
-    setCommand->add_option("--remove", set->removes, "Remove a value from the field")
-        ->type_name("ID=VALUE")
-        ->allow_extra_args(false);
-    setCommand->add_option("--clear", set->clears, "Remove all values of the field")
-        ->type_name("ID")
-        ->allow_extra_args(false);
+    AddEditOptions(*setCommand, set->edits);
     setCommand
-        ->add_option("--template", set->templateName,
+        ->add_option("--template", set->edits.templateName,
                      "Apply a saved template first: its fields with values replace "
                      "the file's")
         ->type_name("NAME");

@@ -32,6 +32,8 @@ int main(int argc, char** argv) {
         ->check(CLI::Range(1u, 1024u));
 
     AddIptcCommands(app, cli);
+    AddClipboardCommands(*app.get_subcommand("iptc"), cli);
+    AddApplyCommand(*app.get_subcommand("iptc"), cli);
     AddExifCommands(app, cli);
     AddTemplateCommands(app, cli);
     AddListCommands(app, cli);
