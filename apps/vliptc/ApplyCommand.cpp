@@ -86,22 +86,9 @@ int RunApply(const GlobalOptions& global, const ApplyOptions& options) {
         iptc::MergeOptions merge = modes;
         merge.isTemplateFile = SameFile(path, options.from);
         iptc::MergeRecord(edited, templateRecord, store, merge);
-        if (ValuedFields(store.Fields()) == before) {  // nothing to write
-            if (times) static_cast<void>(platform::SetFileTimes(written, *times));
-            return {};
-        }
-        const CIPTC::EError result = store.WriteIPTCBlob(path.c_str(), fileFormat);
-        if (result != CIPTC::kSuccess) return {{}, FileMessage(path, result), true};
-        if (times && !platform::SetFileTimes(written, *times)) {
-            return {{}, "vliptc: " + path + ": written, but its times could not be restored\n", true};
-        }
-        return {};
+        return WriteChanged(store, path, fileFormat, before, times, written);
     };
-    const std::size_t failed = RunBatch(files, stores, work);
-    if (failed > 0 && files.size() > 1) {
-        std::fprintf(stderr, "vliptc: %zu of %zu files failed\n", failed, files.size());
-    }
-    return failed == 0 ? kExitOk : kExitFailed;
+    return BatchExitStatus(RunBatch(files, stores, work), files.size());
 }
 
 }  // namespace

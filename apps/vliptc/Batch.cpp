@@ -13,6 +13,8 @@
 #include <optional>
 #include <thread>
 
+#include "apps/vliptc/Context.h"
+
 namespace vliptc::cli {
 
 namespace {
@@ -112,6 +114,11 @@ std::size_t RunBatch(const std::vector<std::string>& paths, std::vector<std::uni
     }
     progress.Clear();
     return failed;
+}
+
+int BatchExitStatus(std::size_t failed, std::size_t files) {
+    if (failed > 0 && files > 1) std::fprintf(stderr, "vliptc: %zu of %zu files failed\n", failed, files);
+    return failed == 0 ? kExitOk : kExitFailed;
 }
 
 }  // namespace vliptc::cli

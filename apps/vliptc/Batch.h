@@ -38,4 +38,8 @@ std::size_t RunBatch(const std::vector<std::string>& paths, std::vector<std::uni
 
 constexpr std::size_t kProgressFrom = 8;
 
+// The exit status of a batch of files of which failed ones failed, after a
+// "N of M files failed" line when several files were given.
+int BatchExitStatus(std::size_t failed, std::size_t files);
+
 }  // namespace vliptc::cli

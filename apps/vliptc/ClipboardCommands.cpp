@@ -154,11 +154,7 @@ int RunPaste(const GlobalOptions& global, const PasteOptions& options) {
         if (written != CIPTC::kSuccess) return {{}, FileMessage(path, written), true};
         return {};
     };
-    const std::size_t failed = RunBatch(files, stores, work);
-    if (failed > 0 && files.size() > 1) {
-        std::fprintf(stderr, "vliptc: %zu of %zu files failed\n", failed, files.size());
-    }
-    return failed == 0 ? kExitOk : kExitFailed;
+    return BatchExitStatus(RunBatch(files, stores, work), files.size());
 }
 
 }  // namespace

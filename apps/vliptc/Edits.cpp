@@ -113,4 +113,19 @@ std::vector<std::string> DistinctFiles(const std::vector<std::string>& files) {
     return out;
 }
 
+FileOutcome WriteChanged(CIPTC& store, const std::string& path, const CIPTC::SIPTCFormatInfo& format,
+                         const std::vector<std::pair<std::uint32_t, std::vector<CVLProperty>>>& before,
+                         const std::optional<platform::FileTimes>& times, const std::string& timesPath) {
+    if (ValuedFields(store.Fields()) == before) {  // nothing to write
+        if (times) static_cast<void>(platform::SetFileTimes(timesPath, *times));
+        return {};
+    }
+    const CIPTC::EError written = store.WriteIPTCBlob(path.c_str(), format);
+    if (written != CIPTC::kSuccess) return {{}, FileMessage(path, written), true};
+    if (times && !platform::SetFileTimes(timesPath, *times)) {
+        return {{}, "vliptc: " + path + ": written, but its times could not be restored\n", true};
+    }
+    return {};
+}
+
 }  // namespace vliptc::cli

@@ -12,8 +12,10 @@
 
 #include <CLI/CLI.hpp>
 
+#include "apps/vliptc/Batch.h"
 #include "apps/vliptc/Fields.h"
 #include "iptc/IPTC.h"
+#include "platform/FileSystem.h"
 
 namespace vliptc::cli {
 
@@ -57,6 +59,13 @@ std::vector<std::pair<std::uint32_t, std::vector<CVLProperty>>> ValuedFields(con
 
 // The files in order with repeats dropped (also two spellings of one path):
 // two workers must never write the same file.
+// Writes the store into path when its valued fields differ from before (a
+// file that comes out unchanged is not rewritten), then puts back times on
+// timesPath (the file actually written: a .CRW's companion) when given.
+FileOutcome WriteChanged(CIPTC& store, const std::string& path, const CIPTC::SIPTCFormatInfo& format,
+                         const std::vector<std::pair<std::uint32_t, std::vector<CVLProperty>>>& before,
+                         const std::optional<platform::FileTimes>& times, const std::string& timesPath);
+
 std::vector<std::string> DistinctFiles(const std::vector<std::string>& files);
 
 }  // namespace vliptc::cli

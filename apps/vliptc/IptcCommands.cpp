@@ -99,22 +99,9 @@ int RunSet(const GlobalOptions& global, const SetOptions& options) {
         }
         const auto before = ValuedFields(store.Fields());
         ApplyEdits(store, plan);
-        if (ValuedFields(store.Fields()) == before) {  // nothing to write
-            if (times) static_cast<void>(platform::SetFileTimes(path, *times));
-            return {};
-        }
-        const CIPTC::EError written = store.WriteIPTCBlob(path.c_str(), format);
-        if (written != CIPTC::kSuccess) return {{}, FileMessage(path, written), true};
-        if (times && !platform::SetFileTimes(path, *times)) {
-            return {{}, "vliptc: " + path + ": written, but its times could not be restored\n", true};
-        }
-        return {};
+        return WriteChanged(store, path, format, before, times, path);
     };
-    const std::size_t failed = RunBatch(files, stores, work);
-    if (failed > 0 && files.size() > 1) {
-        std::fprintf(stderr, "vliptc: %zu of %zu files failed\n", failed, files.size());
-    }
-    return failed == 0 ? kExitOk : kExitFailed;
+    return BatchExitStatus(RunBatch(files, stores, work), files.size());
 }
 
 // ---------------------------------------------------------------------------
