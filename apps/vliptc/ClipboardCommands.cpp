@@ -8,12 +8,12 @@
 #include <cstdio>
 #include <filesystem>
 #include <memory>
-#include <set>
 #include <span>
 #include <system_error>
 
 #include "apps/vliptc/Batch.h"
 #include "apps/vliptc/Commands.h"
+#include "apps/vliptc/Edits.h"
 #include "host/Limits.h"
 #include "host/VLException.h"
 #include "iptc/ClipboardFormat.h"
@@ -91,20 +91,6 @@ bool SameFields(const CIPTC::FieldList& a, const CIPTC::FieldList& b) {
                       [](const auto& x, const auto& y) { return x.nID == y.nID && x.vValues == y.vValues; });
 }
 
-// A file named twice (or by two spellings of one path) is written once: two
-// workers must never write the same file.
-std::vector<std::string> Distinct(const std::vector<std::string>& files) {
-    std::vector<std::string> out;
-    std::set<std::filesystem::path> seen;
-    for (const auto& file : files) {
-        std::error_code error;
-        auto key = std::filesystem::weakly_canonical(file, error);
-        if (error) key = file;
-        if (seen.insert(key).second) out.push_back(file);
-    }
-    return out;
-}
-
 struct CopyOptions {
     std::string file;
     std::string clip;
@@ -114,12 +100,7 @@ struct CopyOptions {
 int RunCopy(const GlobalOptions& global, const CopyOptions& options) {
     CIPTC store;
     InitializeStore(store, global);
-    CIPTC::SIPTCFormatInfo format;
-    const CIPTC::EError read = store.ReadIPTCBlob(options.file.c_str(), format);
-    if (read != CIPTC::kSuccess && read != CIPTC::kNoIPTCBlock) {
-        std::fputs(FileMessage(options.file, read).c_str(), stderr);
-        return kExitFailed;
-    }
+    if (!ReadOneFile(store, options.file)) return kExitFailed;
     std::vector<std::uint8_t> bytes;
     try {
         bytes = clipboard::EncodeBinary(store.Fields());
@@ -140,7 +121,7 @@ struct PasteOptions {
 int RunPaste(const GlobalOptions& global, const PasteOptions& options) {
     const CIPTC::FieldList pasted = ReadClip(ClipPath(global, options.clip));
     const CIPTC::FieldList pastedValues = Valued(pasted);
-    const std::vector<std::string> files = Distinct(options.files);
+    const std::vector<std::string> files = DistinctFiles(options.files);
     auto stores = MakeStores(global, files.size());
 
     const FileWork work = [&](CIPTC& store, const std::string& path) -> FileOutcome {

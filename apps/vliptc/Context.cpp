@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <system_error>
@@ -137,6 +138,14 @@ std::string ErrorText(CIPTC::EError error) {
 
 std::string FileMessage(const std::string& path, CIPTC::EError error) {
     return "vliptc: " + path + ": " + ErrorText(error) + "\n";
+}
+
+bool ReadOneFile(CIPTC& store, const std::string& path) {
+    CIPTC::SIPTCFormatInfo format;
+    const CIPTC::EError read = store.ReadIPTCBlob(path.c_str(), format);
+    if (read == CIPTC::kSuccess || read == CIPTC::kNoIPTCBlock) return true;
+    std::fputs(FileMessage(path, read).c_str(), stderr);
+    return false;
 }
 
 }  // namespace vliptc::cli

@@ -73,5 +73,8 @@ std::string ToUtf8(std::string_view stored);
 std::string ErrorText(CIPTC::EError error);
 // "vliptc: PATH: <words>\n"
 std::string FileMessage(const std::string& path, CIPTC::EError error);
+// Reads one file's record into the store; a file without IPTC is fine. On
+// failure prints the file's message and returns false.
+bool ReadOneFile(CIPTC& store, const std::string& path);
 
 }  // namespace vliptc::cli

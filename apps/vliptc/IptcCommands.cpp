@@ -115,12 +115,7 @@ struct FormatOptions {
 int RunFormat(const GlobalOptions& global, const FormatOptions& options) {
     CIPTC store;
     InitializeStore(store, global);
-    CIPTC::SIPTCFormatInfo format;
-    const CIPTC::EError read = store.ReadIPTCBlob(options.file.c_str(), format);
-    if (read != CIPTC::kSuccess && read != CIPTC::kNoIPTCBlock) {
-        std::fputs(FileMessage(options.file, read).c_str(), stderr);
-        return kExitFailed;
-    }
+    if (!ReadOneFile(store, options.file)) return kExitFailed;
     std::string out;
     static_cast<void>(store.FormatIPTCString(platform::Utf8ToCp1252(options.pattern).c_str(), out));
     std::puts(ToUtf8(out).c_str());

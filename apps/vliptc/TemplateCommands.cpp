@@ -54,12 +54,7 @@ int RunStore(const GlobalOptions& global, const TemplateOptions& options) {
     InitializeStore(store, global);
     const std::string name = ToStored(options.name, "the template name");
     if (name.empty()) throw UsageError("a template needs a name");
-    CIPTC::SIPTCFormatInfo format;
-    const CIPTC::EError read = store.ReadIPTCBlob(options.from.c_str(), format);
-    if (read != CIPTC::kSuccess && read != CIPTC::kNoIPTCBlock) {
-        std::fputs(FileMessage(options.from, read).c_str(), stderr);
-        return kExitFailed;
-    }
+    if (!ReadOneFile(store, options.from)) return kExitFailed;
     EnsureUserFolder(global);
     if (!store.StoreTemplate(name)) {
         throw CommandError("cannot write the templates to " + store.TemplatePath());
