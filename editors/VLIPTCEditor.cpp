@@ -10,6 +10,7 @@
 #include "editors/internal/SilentUI.h"
 #include "host/QXTLogfile.h"
 #include "iptc/RecordMerge.h"
+#include "platform/FileName.h"
 #include "platform/FileSystem.h"
 
 namespace {
@@ -38,24 +39,10 @@ constexpr unsigned kThmMissing = 218;
 constexpr unsigned kAskSkipThmMissing = 219;
 constexpr unsigned kProgressText = 300;
 
-constexpr const char* kRawExtension = ".CRW";
-constexpr const char* kCompanionExtension = ".thm";
-
 std::string Trimmed(const std::string& path) {
     const std::size_t first = path.find_first_not_of(' ');
     if (first == std::string::npos) return {};
     return path.substr(first, path.find_last_not_of(' ') - first + 1);
-}
-
-// The extension of the file name (from its last "."), upper-cased.
-std::string UpperExtension(const std::string& path) {
-    const std::size_t dot = path.rfind('.');
-    const std::size_t separator = path.find_last_of("/\\");
-    if (dot == std::string::npos || (separator != std::string::npos && dot < separator)) return {};
-    std::string ext = path.substr(dot);
-    std::transform(ext.begin(), ext.end(), ext.begin(),
-                   [](char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; });
-    return ext;
 }
 
 // A file that cannot be found, a folder, or one this process may not write.
@@ -119,17 +106,12 @@ std::uint32_t CVLIPTCEditor::CollectValidFiles(const std::vector<std::uint32_t>&
             unsupported = true;
         } else if (IsReadOnlyFile(path)) {
             readOnly = true;
-        } else if (UpperExtension(path) == kRawExtension) {
+        } else if (const auto target = vliptc::platform::MetadataFileOf(path); !target) {
             // The IPTC data of a raw image lives in its ".thm" companion,
             // found whatever the case of its extension, as the reader finds it.
-            const auto thm = vliptc::platform::FindCompanion(path, kCompanionExtension);
-            if (!thm) {
-                missingThm = true;
-            } else if (IsReadOnlyFile(*thm)) {
-                readOnly = true;
-            } else {
-                valid.push_back(id);
-            }
+            missingThm = true;
+        } else if (*target != path && IsReadOnlyFile(*target)) {
+            readOnly = true;
         } else {
             valid.push_back(id);
         }

@@ -8,30 +8,14 @@
 #include <string_view>
 
 #include "exif/internal/ContainerWalk.h"
+#include "platform/FileName.h"
 #include "exif/internal/FieldCatalogue.h"
-#include "platform/FileSystem.h"
 #include "platform/MappedFile.h"
 
 namespace {
 
-// A raw file whose EXIF is read from its ".thm" companion.
-constexpr std::string_view kRawWithCompanionExtension = ".CRW";
-constexpr const char* kCompanionExtension = ".thm";  // found whatever its case
-
 constexpr std::array<std::string_view, 10> kSupportedExtensions{".JPG",  ".JPEG", ".JFIF", ".TIF", ".TIFF",
                                                                 ".EXIF", ".THM",  ".PSD",  ".NEF", ".CRW"};
-
-// The extension of the file name (from its last "."), upper-cased; empty
-// when the name has none. A dot in a folder name does not count; "/" and "\"
-// both separate folders.
-std::string UpperExtension(const std::string& path) {
-    const std::size_t dot = path.rfind('.');
-    const std::size_t slash = path.find_last_of("/\\");
-    if (dot == std::string::npos || (slash != std::string::npos && dot < slash)) return std::string();
-    std::string extension = path.substr(dot);
-    for (char& c : extension) c = c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
-    return extension;
-}
 
 // The text shown for a resolution the file does not state: the 72 dots per
 // inch that TIFF readers assume.
@@ -118,25 +102,21 @@ std::vector<const CVLEXIF::SField*> CVLEXIF::PresentFields() const {
 
 bool CVLEXIF::IsSupportedFormat(const char* path) const {
     if (path == nullptr) return false;
-    const std::string extension = UpperExtension(path);
+    const std::string extension = vliptc::platform::UpperExtension(path);
     return std::find(kSupportedExtensions.begin(), kSupportedExtensions.end(), extension) !=
            kSupportedExtensions.end();
 }
 
 CVLEXIF::EError CVLEXIF::LoadFile(const char* path) {
     try {
-        std::string target = path != nullptr ? path : "";
         // A ".CRW" is read through its companion; without one the read ends
         // before the catalogue is reset.
-        if (UpperExtension(target) == kRawWithCompanionExtension) {
-            const auto companion = vliptc::platform::FindCompanion(target, kCompanionExtension);
-            if (!companion) return errOpen;
-            target = *companion;
-        }
+        const auto target = vliptc::platform::MetadataFileOf(path != nullptr ? path : "");
+        if (!target) return errOpen;
         Reset();
 
         vliptc::platform::MappedFile file;
-        switch (file.Open(target, vliptc::platform::MappedFile::Access::ReadOnly)) {
+        switch (file.Open(*target, vliptc::platform::MappedFile::Access::ReadOnly)) {
             case vliptc::platform::MappedFile::Status::Ok:
                 break;
             case vliptc::platform::MappedFile::Status::CannotOpen:

@@ -1,10 +1,12 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
 #include "host/VLProperty.h"
+#include "platform/NumberFormat.h"
 
 // The EXIF data of one image file at a time: a catalogue of the 105 fields the
 // library knows by name, plus one record for every unknown tag the file
@@ -262,6 +264,51 @@ public:
     // The byte order of the last TIFF data read (true: big-endian, "MM").
     bool IsMotorola() const noexcept { return bMotorola; }
 
+    // The viewer's text of one field: its own rule for the fields with one
+    // (APEX conversions, exposure-time forms, the flash bit, enumerations),
+    // taken from the first value; otherwise every value's String() joined by
+    // "," (no blank). Trimmed. Apertures, brightness, exposure bias and
+    // subject distance are written in the regional number format; a number
+    // the formatter refuses (infinity, NaN) shows as nothing ("F" alone).
+    // False when the catalogue has no such field, or the field has no values
+    // and bUseDefaults is clear (when set, GetDefault answers, untrimmed).
+    // text is emptied first.
+    bool GetFormattedField(EFieldTags id, std::string& text) const;
+
+    // Expands a template: "#" and a tag number read as "%d" reads it (blanks
+    // and a sign may come first) become that field's formatted text (nothing
+    // when it has none). Only the digits right after the "#" are used up, so
+    // in "# 5" the field 5's text is followed by " 5". Any other character,
+    // and a "#" without a number, is copied. Always errOK.
+    EError FormatString(const char* templ, std::string& out) const;
+
+    // Where the regional number format comes from: by default the user's
+    // locale, read at most once per GetFormattedField call; tests set a
+    // fixed one.
+    void SetNumberFormatSource(std::function<vliptc::platform::NumberFormat()> source);
+
+    // Writes the three date-and-time fields ("Date and time", "... Original",
+    // "... Digitized") from the catalogue back into the file, in place: each
+    // one the file already carries, whose first value is text of exactly 19
+    // characters, overwrites the 20 bytes of its value (the text and a zero).
+    // Nothing else in the file changes; no tag is ever added.
+    //   errOK       the walk succeeded, whether or not anything was written
+    //   errFormat   not a supported extension, shorter than 128 bytes, not a
+    //               recognised container or TIFF header, a host exception
+    //   errNoEXIF   a JPEG whose first APP1 is not EXIF, a Photoshop file
+    //               without the EXIF resource
+    //   errOpen     cannot be opened read-write; a ".CRW" without ".thm"
+    //   errMap      cannot be mapped
+    //   errReadOnly missing, read-only, a folder
+    //   errException any other exception
+    // The dates are written only once the whole walk has succeeded, so a
+    // failure leaves the file as it was.
+    EError StoreFile(const char* path);
+
+    // When set, a field without values is shown by GetDefault. The
+    // constructor leaves it clear; the object's user sets it.
+    bool bUseDefaults = false;
+
 protected:
     // Empties the catalogue and creates the 105 known fields.
     void SetupFieldVector();
@@ -270,4 +317,5 @@ protected:
 
     std::vector<SField> m_vFields;
     bool bMotorola = false;
+    std::function<vliptc::platform::NumberFormat()> m_numberFormatSource;  // empty: the user's locale
 };

@@ -2,8 +2,10 @@
 // in a private temporary folder. The first input byte picks the name: a
 // ".jpg", ".tif" or ".psd" (the content decides the container), or a ".crw"
 // whose ".THM" companion holds the bytes. The result must be one of the read
-// codes; a successful read leaves the catalogue in display order; the same
-// bytes taken as TIFF data must give every FindTag location inside them.
+// codes; a successful read leaves the catalogue in display order; every
+// field formats (under a fixed number format, so the run does not depend on
+// the locale); the same bytes taken as TIFF data must give every FindTag
+// location inside them.
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
@@ -103,6 +105,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     CVLEXIF exif;
     const CVLEXIF::EError result = exif.LoadFile(path.c_str());
     CheckCatalogue(exif, result);
+    exif.SetNumberFormatSource([] { return vliptc::platform::NumberFormat{}; });
+    exif.bUseDefaults = (data[0] & 4) != 0;
+    std::string text;
+    for (const auto& field : exif.Fields()) {
+        static_cast<void>(exif.GetFormattedField(static_cast<CVLEXIF::EFieldTags>(field.nTag), text));
+    }
     Check((result == CVLEXIF::errEmpty) == (fileSize == 0));
     CheckFindTag({file, fileSize});
     return 0;

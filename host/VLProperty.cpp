@@ -1,9 +1,11 @@
 #include "host/VLProperty.h"
 
+#include <algorithm>
 #include <bit>
 #include <charconv>
 #include <cmath>
 #include <cstdio>
+#include <cstdlib>
 #include <limits>
 #include <string_view>
 
@@ -70,6 +72,22 @@ std::uint64_t ReadLE(const unsigned char* bytes, int count) noexcept {
     std::uint64_t value = 0;
     for (int i = count - 1; i >= 0; --i) value = (value << 8) | bytes[i];
     return value;
+}
+
+// The white space that atol and atof skip in the "C" locale.
+constexpr const char* kLeadingBlanks = " \t\n\v\f\r";
+
+// Text as atof reads it, but always with "." as the decimal point: blanks, a
+// sign, then the longest decimal number (or "inf", "nan") that stands there.
+double TextToDouble(const std::string& text) noexcept {
+    std::size_t start = text.find_first_not_of(kLeadingBlanks);
+    if (start == std::string::npos) return 0.0;
+    const bool negative = text[start] == '-';
+    if (text[start] == '-' || text[start] == '+') ++start;
+    if (start < text.size() && (text[start] == '-' || text[start] == '+')) return 0.0;
+    double value = 0.0;  // left as it is when no number stands there, or it is out of range
+    std::from_chars(text.data() + start, text.data() + text.size(), value);
+    return negative ? -value : value;
 }
 
 constexpr std::size_t kBlobPreviewBytes = 16;
@@ -202,12 +220,19 @@ std::int32_t CVLProperty::GetInt32() const noexcept {
         }
         return static_cast<std::int32_t>(m_real);
     }
+    if (m_kind == kText) {
+        // strtoll reads as atol does (blanks, sign, digits) and saturates.
+        constexpr long long kMin = std::numeric_limits<std::int32_t>::min();
+        constexpr long long kMax = std::numeric_limits<std::int32_t>::max();
+        return static_cast<std::int32_t>(std::clamp(std::strtoll(m_bytes.c_str(), nullptr, 10), kMin, kMax));
+    }
     return 0;
 }
 
 double CVLProperty::GetDouble() const noexcept {
     if (IsIntegerKind(m_kind)) return static_cast<double>(m_integer);
     if (m_kind == kReal) return m_real;
+    if (m_kind == kText) return TextToDouble(m_bytes);
     return 0.0;
 }
 

@@ -103,8 +103,14 @@ public:
     std::string String(const char* format = nullptr) const;
 
     // Typed getters. Numbers convert between the numeric kinds (a real to an
-    // integer truncates toward zero and clamps; NaN gives 0); anything else
-    // gives 0. GetDateTime gives an invalid COleDateTime for non-date kinds.
+    // integer truncates toward zero and clamps; NaN gives 0). Text reads as
+    // the C runtime's atol and atof read it: leading white space, a sign, then
+    // the decimal number that stands there ("3" is 3, " -12abc" is -12,
+    // "2.5" is 2 or 2.5; for GetDouble the decimal point is always "."); text
+    // without one gives 0, and GetInt32 clamps to its range. The EXIF reader
+    // keeps "File source" and "Scene type" as decimal text, and the viewer
+    // reads them as integers. Anything else gives 0. GetDateTime gives an
+    // invalid COleDateTime for non-date kinds.
     std::int32_t GetInt32() const noexcept;
     double GetDouble() const noexcept;
     COleDateTime GetDateTime() const noexcept;

@@ -14,6 +14,7 @@
 #include "iptc/internal/ContainerFile.h"
 #include "iptc/internal/Containers.h"
 #include "iptc/internal/IPTCReader.h"
+#include "platform/FileName.h"
 #include "platform/FileSystem.h"
 #include "platform/MappedFile.h"
 
@@ -22,48 +23,14 @@ namespace {
 using vliptc::iptc::BlockLocation;
 using vliptc::iptc::LocateResult;
 
-// Extensions by which the writer is chosen (compared upper-cased).
-constexpr const char* kRawExtension = ".CRW";
-constexpr const char* kCompanionExtension = ".thm";  // found whatever its case
-
 // Magic numbers by which the reader recognises a container.
 constexpr std::uint8_t kJpegFirst = 0xFF;
 constexpr std::uint8_t kJpegSOI = 0xD8;
 constexpr std::uint32_t kTrailerMagic = 0xA1B2C3D4;
 
-char UpperAscii(char c) {
-    return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
-}
-
-std::string Upper(std::string text) {
-    std::transform(text.begin(), text.end(), text.begin(), UpperAscii);
-    return text;
-}
-
-// Where the extension of the file name starts (its last "."), or npos. A dot
-// in a folder name does not count.
-std::size_t ExtensionStart(const std::string& path) {
-    const std::size_t dot = path.rfind('.');
-    const std::size_t slash = path.find_last_of("/\\");
-    if (dot == std::string::npos || (slash != std::string::npos && dot < slash)) return std::string::npos;
-    return dot;
-}
-
-std::string UpperExtension(const std::string& path) {
-    const std::size_t dot = ExtensionStart(path);
-    return dot == std::string::npos ? std::string() : Upper(path.substr(dot));
-}
-
-// The file a path stands for: the path itself, or the companion of a ".CRW".
-// nullopt when a ".CRW" has no companion.
-std::optional<std::string> TargetOf(const std::string& path) {
-    if (UpperExtension(path) != kRawExtension) return path;
-    return vliptc::platform::FindCompanion(path, kCompanionExtension);
-}
-
 bool EndsWithTrailerMagic(std::span<const std::uint8_t> file) {
-    return file.size() >= 4 &&
-           vliptc::bytes::Read32(file, file.size() - 4, vliptc::bytes::ByteOrder::kBigEndian) == kTrailerMagic;
+    return file.size() >= 4 && vliptc::bytes::Read32(file, file.size() - 4,
+                                                     vliptc::bytes::ByteOrder::kBigEndian) == kTrailerMagic;
 }
 
 bool StartsWith(std::span<const std::uint8_t> file, std::initializer_list<std::uint8_t> magic) {
@@ -111,7 +78,7 @@ struct BlobDeleter {
 CIPTC::EError CIPTC::ReadIPTCBlob(const char* path, SIPTCFormatInfo& format) {
     if (!m_initialized) return kNotInitialized;
     m_path = path != nullptr ? path : "";
-    const std::optional<std::string> target = TargetOf(m_path);
+    const std::optional<std::string> target = vliptc::platform::MetadataFileOf(m_path);
     if (!target) return kCannotOpen;
     ResetFields();
     format = SIPTCFormatInfo{};
@@ -126,8 +93,9 @@ CIPTC::EError CIPTC::ReadIPTCBlob(const char* path, SIPTCFormatInfo& format) {
             const auto region = vliptc::bytes::Slice(file, location.offset, location.size);
             if (!region) continue;
             CIPTCReader reader(*region, true);
-            const EError decoded = location.kind == BlockLocation::Kind::kIIM ? DecodeIIM(reader, region->size())
-                                                                              : DecodeImageResources(reader, region->size());
+            const EError decoded = location.kind == BlockLocation::Kind::kIIM
+                                       ? DecodeIIM(reader, region->size())
+                                       : DecodeImageResources(reader, region->size());
             if (decoded == kSuccess) return true;
         }
         return false;
@@ -160,7 +128,7 @@ CIPTC::EError CIPTC::ReadIPTCBlob(const char* path, SIPTCFormatInfo& format) {
 CIPTC::EError CIPTC::WriteIPTCBlob(const char* path, const SIPTCFormatInfo& format) {
     if (!m_initialized) return kNotInitialized;
     const std::string given = path != nullptr ? path : "";
-    const std::optional<std::string> target = TargetOf(given);
+    const std::optional<std::string> target = vliptc::platform::MetadataFileOf(given);
 
     // The file macros ("#FILEDATE", "#FILETIME") expand to the times of the
     // file being written, so its status is recorded before the block is
@@ -177,9 +145,10 @@ CIPTC::EError CIPTC::WriteIPTCBlob(const char* path, const SIPTCFormatInfo& form
     if (!target || !status) return kCannotOpen;
 
     const std::span<const std::uint8_t> block(blob.pData, blob.nSize);
-    const std::string extension = UpperExtension(*target);
+    const std::string extension = vliptc::platform::UpperExtension(*target);
     const bool isPsd = extension == ".PSD";
-    const bool isJpeg = extension == ".JPG" || extension == ".JPEG" || extension == ".JFIF" || extension == ".THM";
+    const bool isJpeg =
+        extension == ".JPG" || extension == ".JPEG" || extension == ".JFIF" || extension == ".THM";
     const bool isTiff = extension == ".TIF" || extension == ".TIFF";
 
     // Format 3 goes through the trailer writer first. Its results 0 (written),

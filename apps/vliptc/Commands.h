@@ -19,7 +19,7 @@ struct Cli {
 void AddIptcCommands(CLI::App& app, Cli& cli);      // iptc show | set | format
 void AddClipboardCommands(CLI::App& iptc, Cli& cli);  // iptc copy | paste (under the iptc group)
 void AddApplyCommand(CLI::App& iptc, Cli& cli);      // iptc apply (under the iptc group)
-void AddExifCommands(CLI::App& app, Cli& cli);      // exif show
+void AddExifCommands(CLI::App& app, Cli& cli);      // exif show | format | set-date
 void AddTemplateCommands(CLI::App& app, Cli& cli);  // templates list | show | store | delete
 void AddListCommands(CLI::App& app, Cli& cli);      // lists ..., synonyms ...
 

@@ -1,21 +1,33 @@
-// exif show: the EXIF fields present in each file, in catalogue order.
+// exif show | format | set-date: the EXIF fields of image files as the
+// viewer shows them, a pattern of them, and the date write-back.
 //
-// Text: one line per field, its name, a tab and its values' text joined by
-// ",". JSON (one array, an object per file):
+// show, text: one line per present field, its name, a tab and its formatted
+// text. JSON (one array, an object per file):
 //   {"file", "result", "fields": [{"tag", "name", "type", "group", "values", "text"}]}
 // with numbers as JSON numbers, texts as strings, blobs as {"blob": size} and
-// an empty value as null. A file without EXIF (result 3) is not a failure.
-
+// an empty value as null; "text" is the formatted text. A file without EXIF
+// (result 3) is not a failure. Fields without values are shown as they are
+// (no default text): the listing reports the file, not what a reader assumes.
+//
+// set-date patches the date fields the file already carries, in place; a
+// field the file lacks is reported and left out (a date is never added).
+#include <array>
 #include <cstdio>
 #include <memory>
+#include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <nlohmann/json.hpp>
 
+#include "apps/vliptc/Batch.h"
 #include "apps/vliptc/Commands.h"
+#include "apps/vliptc/Edits.h"
 #include "apps/vliptc/Output.h"
 #include "exif/EXIF.h"
+#include "platform/FileName.h"
+#include "platform/FileSystem.h"
 
 namespace vliptc::cli {
 namespace {
@@ -27,37 +39,46 @@ struct ExifShowOptions {
 
 std::string ExifErrorText(CVLEXIF::EError error) {
     switch (error) {
-        case CVLEXIF::errOK: return "done";
-        case CVLEXIF::errException: return "the file could not be read";
-        case CVLEXIF::errFormat: return "unsupported or malformed file";
-        case CVLEXIF::errNoEXIF: return "no EXIF data";
-        case CVLEXIF::errOpen: return "cannot open the file";
-        case CVLEXIF::errMap: return "cannot read the file";
-        case CVLEXIF::errEmpty: return "the file is empty";
-        case CVLEXIF::errReadOnly: return "the file cannot be written";
+        case CVLEXIF::errOK:
+            return "done";
+        case CVLEXIF::errException:
+            return "the file could not be read";
+        case CVLEXIF::errFormat:
+            return "unsupported or malformed file";
+        case CVLEXIF::errNoEXIF:
+            return "no EXIF data";
+        case CVLEXIF::errOpen:
+            return "cannot open the file";
+        case CVLEXIF::errMap:
+            return "cannot read the file";
+        case CVLEXIF::errEmpty:
+            return "the file is empty";
+        case CVLEXIF::errReadOnly:
+            return "the file cannot be written";
     }
     return "error " + std::to_string(static_cast<unsigned>(error));
 }
 
 nlohmann::ordered_json ValueJson(const CVLProperty& value) {
     switch (value.GetKind()) {
-        case CVLProperty::kEmpty: return nullptr;
+        case CVLProperty::kEmpty:
+            return nullptr;
         case CVLProperty::kNumber16LE:
         case CVLProperty::kNumber16:
-        case CVLProperty::kNumber32: return value.GetInt32();
-        case CVLProperty::kReal: return value.GetDouble();
-        case CVLProperty::kBlob: return {{"blob", value.Bytes().size()}};
-        default: return ToUtf8(value.String());
+        case CVLProperty::kNumber32:
+            return value.GetInt32();
+        case CVLProperty::kReal:
+            return value.GetDouble();
+        case CVLProperty::kBlob:
+            return {{"blob", value.Bytes().size()}};
+        default:
+            return ToUtf8(value.String());
     }
 }
 
-// The values' text joined by ",", until the formatter gives each field its own text.
-std::string FieldText(const CVLEXIF::SField& field) {
+std::string FieldText(const CVLEXIF& exif, const CVLEXIF::SField& field) {
     std::string text;
-    for (std::size_t i = 0; i < field.vValues.size(); ++i) {
-        if (i > 0) text += ',';
-        text += field.vValues[i].String();
-    }
+    static_cast<void>(exif.GetFormattedField(static_cast<CVLEXIF::EFieldTags>(field.nTag), text));
     return ToUtf8(text);
 }
 
@@ -84,7 +105,7 @@ int RunExifShow(const ExifShowOptions& options) {
                                 {"type", field->nType},
                                 {"group", field->nGroup},
                                 {"values", std::move(values)},
-                                {"text", FieldText(*field)}});
+                                {"text", FieldText(exif, *field)}});
             }
             const nlohmann::ordered_json object{
                 {"file", path}, {"result", static_cast<std::uint32_t>(result)}, {"fields", std::move(list)}};
@@ -94,17 +115,157 @@ int RunExifShow(const ExifShowOptions& options) {
         }
         if (headers) std::printf("%s==> %s <==\n", index == 0 ? "" : "\n", path.c_str());
         for (const CVLEXIF::SField* field : fields) {
-            std::printf("%s\t%s\n", field->strName.c_str(), FieldText(*field).c_str());
+            std::printf("%s\t%s\n", field->strName.c_str(), FieldText(exif, *field).c_str());
         }
     }
     if (options.json) std::fputs("\n]\n", stdout);
     return anyFailed ? kExitFailed : kExitOk;
 }
 
+// ---------------------------------------------------------------------------
+// exif format
+
+struct ExifFormatOptions {
+    std::string file;
+    std::string pattern;
+};
+
+int RunExifFormat(const ExifFormatOptions& options) {
+    CVLEXIF exif;
+    const CVLEXIF::EError result = exif.LoadFile(options.file.c_str());
+    if (result != CVLEXIF::errOK && result != CVLEXIF::errNoEXIF) {
+        std::fprintf(stderr, "vliptc: %s: %s\n", options.file.c_str(), ExifErrorText(result).c_str());
+        return kExitFailed;
+    }
+    std::string out;
+    static_cast<void>(exif.FormatString(ToStored(options.pattern, "the pattern").c_str(), out));
+    std::puts(ToUtf8(out).c_str());
+    return kExitOk;
+}
+
+// ---------------------------------------------------------------------------
+// exif set-date
+
+struct ExifSetDateOptions {
+    std::vector<std::string> files;
+    std::string dateTime;
+    std::string original;
+    std::string digitized;
+    bool keepTimes = false;
+};
+
+// The EXIF form "YYYY:MM:DD HH:MM:SS" of a date and time given as
+// "YYYY:MM:DD HH:MM:SS", "YYYY-MM-DD HH:MM:SS" or "YYYY-MM-DDTHH:MM:SS";
+// nullopt for anything else, or a month, day, hour, minute or second out of
+// range.
+std::optional<std::string> ExifDateText(std::string_view text) {
+    constexpr std::size_t kLength = 19;
+    if (text.size() != kLength) return std::nullopt;
+    const auto digits = [&](std::size_t at, std::size_t count) -> std::optional<int> {
+        int value = 0;
+        for (std::size_t i = at; i < at + count; ++i) {
+            if (text[i] < '0' || text[i] > '9') return std::nullopt;
+            value = value * 10 + (text[i] - '0');
+        }
+        return value;
+    };
+    const char dateSeparator = text[4];
+    if ((dateSeparator != ':' && dateSeparator != '-') || text[7] != dateSeparator) return std::nullopt;
+    if ((text[10] != ' ' && text[10] != 'T') || text[13] != ':' || text[16] != ':') return std::nullopt;
+    const auto year = digits(0, 4);
+    const auto month = digits(5, 2);
+    const auto day = digits(8, 2);
+    const auto hour = digits(11, 2);
+    const auto minute = digits(14, 2);
+    const auto second = digits(17, 2);
+    if (!year || !month || !day || !hour || !minute || !second) return std::nullopt;
+    if (*month < 1 || *month > 12 || *day < 1 || *day > 31 || *hour > 23 || *minute > 59 || *second > 59) {
+        return std::nullopt;
+    }
+    std::string exif(text);
+    exif[4] = exif[7] = ':';
+    exif[10] = ' ';
+    return exif;
+}
+
+struct DateChange {
+    CVLEXIF::EFieldTags tag;
+    std::string text;  // EXIF form
+};
+
+std::vector<DateChange> DateChanges(const ExifSetDateOptions& options) {
+    const std::array<std::pair<CVLEXIF::EFieldTags, const std::string*>, 3> given{{
+        {CVLEXIF::kDateTime, &options.dateTime},
+        {CVLEXIF::kDateTimeOriginal, &options.original},
+        {CVLEXIF::kDateTimeDigitized, &options.digitized},
+    }};
+    std::vector<DateChange> changes;
+    for (const auto& [tag, value] : given) {
+        if (value->empty()) continue;
+        const auto text = ExifDateText(*value);
+        if (!text) {
+            throw UsageError("not a date and time: \"" + *value +
+                             "\" (give YYYY:MM:DD HH:MM:SS or YYYY-MM-DD HH:MM:SS)");
+        }
+        changes.push_back({tag, *text});
+    }
+    if (changes.empty()) throw UsageError("nothing to change: give --datetime, --original or --digitized");
+    return changes;
+}
+
+// Loads, sets the catalogue's dates and stores one file. Fields the file
+// lacks are reported on standard error; they are not a failure.
+bool SetDates(const std::string& path, const std::vector<DateChange>& changes, bool keepTimes) {
+    // The file the patch lands in, whose times are kept: a ".CRW"'s companion.
+    const std::string patched = platform::MetadataFileOf(path).value_or(path);
+    // Taken before the read, which may move the access time.
+    const auto times = keepTimes ? platform::GetFileTimes(patched) : std::nullopt;
+    CVLEXIF exif;
+    const CVLEXIF::EError loaded = exif.LoadFile(path.c_str());
+    if (loaded != CVLEXIF::errOK && loaded != CVLEXIF::errNoEXIF) {
+        std::fprintf(stderr, "vliptc: %s: %s\n", path.c_str(), ExifErrorText(loaded).c_str());
+        return false;
+    }
+    std::size_t carried = 0;
+    for (const DateChange& change : changes) {
+        CVLEXIF::SField* field = nullptr;
+        if (loaded == CVLEXIF::errOK && exif.GetField(change.tag, field) && field->bPresent) {
+            field->vValues.assign(1, CVLProperty(change.text));
+            ++carried;
+        } else {
+            const CVLEXIF::SField* known = nullptr;
+            const std::string name =
+                exif.GetField(change.tag, known) ? known->strName : std::to_string(change.tag);
+            std::fprintf(stderr, "vliptc: %s: carries no \"%s\"; not written\n", path.c_str(), name.c_str());
+        }
+    }
+    if (carried == 0) return true;
+    const CVLEXIF::EError stored = exif.StoreFile(path.c_str());
+    if (stored != CVLEXIF::errOK) {
+        std::fprintf(stderr, "vliptc: %s: %s\n", path.c_str(), ExifErrorText(stored).c_str());
+        return false;
+    }
+    if (times && !platform::SetFileTimes(patched, *times)) {
+        std::fprintf(stderr, "vliptc: %s: written, but its times could not be restored\n", path.c_str());
+        return false;
+    }
+    return true;
+}
+
+int RunExifSetDate(const ExifSetDateOptions& options) {
+    const std::vector<DateChange> changes = DateChanges(options);
+    const std::vector<std::string> files = DistinctFiles(options.files);
+    std::size_t failed = 0;
+    for (const std::string& path : files) {
+        if (!SetDates(path, changes, options.keepTimes)) ++failed;
+    }
+    return BatchExitStatus(failed, files.size());
+}
+
 }  // namespace
 
 void AddExifCommands(CLI::App& app, Cli& cli) {
-    CLI::App* exif = app.add_subcommand("exif", "Show the EXIF fields of image files");
+    CLI::App* exif = app.add_subcommand("exif", "Show the EXIF fields of image files and write their dates");
     exif->require_subcommand(1);
     auto show = std::make_shared<ExifShowOptions>();
     CLI::App* showCommand = exif->add_subcommand("show", "Print the EXIF fields present, one line per field");
@@ -112,6 +273,34 @@ void AddExifCommands(CLI::App& app, Cli& cli) {
         ->required();
     showCommand->add_flag("--json", show->json, "Print one JSON array, an object per file");
     showCommand->callback([&cli, show] { cli.action = [show] { return RunExifShow(*show); }; });
+
+    auto format = std::make_shared<ExifFormatOptions>();
+    CLI::App* formatCommand = exif->add_subcommand(
+        "format", "Expand a pattern: #N stands for the formatted text of the field with tag N");
+    formatCommand->add_option("file", format->file, "Image file")->required();
+    formatCommand
+        ->add_option("pattern", format->pattern, "Text with #N placeholders, e.g. \"#33434 at #33437\"")
+        ->required();
+    formatCommand->callback([&cli, format] { cli.action = [format] { return RunExifFormat(*format); }; });
+
+    auto setDate = std::make_shared<ExifSetDateOptions>();
+    CLI::App* setDateCommand = exif->add_subcommand("set-date",
+                                                    "Write date-and-time fields into the files, in place; "
+                                                    "only fields a file already carries are written");
+    setDateCommand->add_option("files", setDate->files, "Image files (JPEG, TIFF, raw, Photoshop)")
+        ->required();
+    const char* dateHelp = "YYYY:MM:DD HH:MM:SS or YYYY-MM-DD HH:MM:SS";
+    setDateCommand->add_option("--datetime", setDate->dateTime, "\"Date and time\" (tag 306)")
+        ->type_name(dateHelp);
+    setDateCommand->add_option("--original", setDate->original, "\"Date and time Original\" (tag 36867)")
+        ->type_name(dateHelp);
+    setDateCommand->add_option("--digitized", setDate->digitized, "\"Date and time Digitized\" (tag 36868)")
+        ->type_name(dateHelp);
+    setDateCommand->add_flag("--keep-times", setDate->keepTimes,
+                             "Keep the files' access and modification times");
+    setDateCommand->callback(
+        [&cli, setDate] { cli.action = [setDate] { return RunExifSetDate(*setDate); }; });
+
 }
 
 }  // namespace vliptc::cli

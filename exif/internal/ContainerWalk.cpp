@@ -47,7 +47,11 @@ char UpperAscii(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a
 }  // namespace
 
 ContainerWalk::ContainerWalk(std::span<const std::uint8_t> file, std::vector<CVLEXIF::SField>& fields)
-    : m_stream(file), m_ifd(m_stream, fields) {}
+    : ContainerWalk(file, fields, Purpose::kRead) {}
+
+ContainerWalk::ContainerWalk(std::span<const std::uint8_t> file, std::vector<CVLEXIF::SField>& fields,
+                             Purpose purpose)
+    : m_stream(file), m_ifd(m_stream, fields), m_purpose(purpose) {}
 
 CVLEXIF::EError ContainerWalk::ParseEXIF() {
     m_stream.SetPosition(0);
@@ -57,7 +61,7 @@ CVLEXIF::EError ContainerWalk::ParseEXIF() {
     if ((first == 'I' && second == 'I') || (first == 'M' && second == 'M')) {
         // TIFF, and the raw formats built on it.
         m_stream.SetPosition(0);
-        return m_ifd.HandleEXIFNormal();
+        return ProcessEXIF(true);
     }
     if (first != kMarkerPrefix) {
         if (first != '8' || second != 'B' || m_stream.Size() < kMinPsdFileBytes) return CVLEXIF::errFormat;
@@ -74,25 +78,32 @@ CVLEXIF::EError ContainerWalk::ParseEXIF() {
 }
 
 // The markers up to the first APP1, which alone is examined: when it is not
-// EXIF the file has none for this reader, whatever a later APP1 holds. The
-// payload of start-of-frame, APP12 and comment segments is not skipped but
-// scanned for the next 0xFF like entropy-coded data; that keeps the walk
-// simple and is kept as it reads.
+// EXIF the file has none for this library, whatever a later APP1 holds.
 CVLEXIF::EError ContainerWalk::WalkJpegMarkers() {
     for (;;) {
         const std::uint8_t code = NextMarker();
-        if (IsStartOfFrame(code) || code == kMarkerAPP12 || code == kMarkerCOM) {
-            // Scanned through.
+        if (ScansThrough(code)) {
+            // The payload is passed over by the next marker search.
         } else if (code == kMarkerEOI || code == kMarkerSOS) {
             return CVLEXIF::errNoEXIF;
         } else if (code == kMarkerAPP1) {
-            return ProcessEXIF() == CVLEXIF::errOK ? CVLEXIF::errOK : CVLEXIF::errNoEXIF;
+            return ProcessEXIF(false) == CVLEXIF::errOK ? CVLEXIF::errOK : CVLEXIF::errNoEXIF;
         } else if (SkipVar() != CVLEXIF::errOK) {
             return CVLEXIF::errNoEXIF;
         }
         // Every step reads at least one byte, so the walk ends with the file.
         if (m_stream.IsEOF()) return CVLEXIF::errNoEXIF;
     }
+}
+
+// The payload of start-of-frame segments is not skipped but scanned for the
+// next 0xFF like entropy-coded data; that keeps the walk simple and is kept
+// as it reads. The reader scans through APP12 and comment segments too; the
+// writer skips them by their length, so a 0xFF inside a comment cannot stop
+// its walk.
+bool ContainerWalk::ScansThrough(std::uint8_t code) const {
+    if (IsStartOfFrame(code)) return true;
+    return m_purpose == Purpose::kRead && (code == kMarkerAPP12 || code == kMarkerCOM);
 }
 
 // The code of the next marker: the bytes up to the next 0xFF are passed over,
@@ -115,9 +126,15 @@ CVLEXIF::EError ContainerWalk::SkipVar() {
     return CVLEXIF::errOK;
 }
 
-// At the length field of an APP1 segment: "Exif\0\0" and a TIFF header.
-CVLEXIF::EError ContainerWalk::ProcessEXIF() {
-    m_stream.Advance(2);  // the length is not used: the TIFF data may reach to the end of the file
+CVLEXIF::EError ContainerWalk::ProcessEXIF(bool atTiffHeader) {
+    if (!atTiffHeader && !SkipExifIdentifier()) return CVLEXIF::errFormat;
+    return m_ifd.HandleEXIFNormal();
+}
+
+bool ContainerWalk::SkipExifIdentifier() {
+    // The length is not used: the TIFF data may reach to the end of the file.
+    if (m_stream.Size() - m_stream.Position() < 2) return false;
+    m_stream.Advance(2);
     const std::uint64_t afterLength = m_stream.Position();
     std::string identifier;
     while (!m_stream.IsEOF()) {
@@ -131,10 +148,10 @@ CVLEXIF::EError ContainerWalk::ProcessEXIF() {
                                    [](char a, char b) { return UpperAscii(a) == b; });
     if (!isExif) {
         m_stream.SetPosition(afterLength);
-        return CVLEXIF::errFormat;
+        return false;
     }
     m_stream.NextByte();  // the second zero byte of the identifier
-    return m_ifd.HandleEXIFNormal();
+    return true;
 }
 
 // The resources are walked from the end of the colour-mode data for as long
@@ -152,7 +169,7 @@ CVLEXIF::EError ContainerWalk::HandlePSDEXIF() {
         if (!ReadIRB(block)) break;
         if (block.nID == kExifResourceId) {
             m_stream.SetPosition(m_stream.Position() - block.nSize - (block.nSize & 1u));
-            return m_ifd.HandleEXIFNormal();
+            return ProcessEXIF(true);
         }
     }
     return CVLEXIF::errNoEXIF;

@@ -158,7 +158,7 @@ std::optional<CVLEXIF::SIFDEntry> IFDParser::ReadIFD(std::uint64_t offset) const
     return CVLEXIF::SIFDEntry{*tag, *type, *count, *value};
 }
 
-CVLEXIF::EError IFDParser::HandleEXIFNormal() {
+std::optional<CVLEXIF::STIFFHeader> IFDParser::ReadTIFFHeader() {
     const std::uint64_t tiff = m_stream.Position();
     const auto data = m_stream.Data();
     m_stream.SetTIFFStart(tiff);
@@ -167,11 +167,18 @@ CVLEXIF::EError IFDParser::HandleEXIFNormal() {
     const bool little = first == kLittleEndianMark && second == kLittleEndianMark;
     const bool big = first == kBigEndianMark && second == kBigEndianMark;
     m_stream.SetMotorola(!little);
-    if ((!little && !big) || m_stream.ReadWord(tiff + 2) != kTIFFMagic) return CVLEXIF::errFormat;
+    const auto magic = m_stream.ReadWord(tiff + 2);
     const auto firstDirectory = m_stream.ReadDWord(tiff + 4);
-    if (!firstDirectory) return CVLEXIF::errFormat;
+    if ((!little && !big) || magic != kTIFFMagic || !firstDirectory) return std::nullopt;
+    return CVLEXIF::STIFFHeader{m_stream.ReadWord(tiff).value_or(0), *magic, *firstDirectory};
+}
 
-    std::uint64_t directory = tiff + *firstDirectory;
+CVLEXIF::EError IFDParser::HandleEXIFNormal() {
+    const auto header = ReadTIFFHeader();
+    if (!header) return CVLEXIF::errFormat;
+    const std::uint64_t tiff = m_stream.TIFFStart();
+
+    std::uint64_t directory = tiff + header->nIFDOffset;
     if (directory >= m_stream.Size()) return CVLEXIF::errOK;  // nothing to read, nothing wrong
 
     // Found: a catalogued tag or an EXIF/GPS pointer was met. A chain of

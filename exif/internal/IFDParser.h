@@ -28,8 +28,13 @@ public:
     // fields: the catalogue the values go to.
     IFDParser(ExifStream& stream, std::vector<CVLEXIF::SField>& fields);
 
-    // At the stream position, a TIFF header. Sets the TIFF start and the byte
-    // order, then walks the chain of directories:
+    // At the stream position, a TIFF header: sets the TIFF start and the byte
+    // order (big-endian unless the mark is "II"). nullopt for a mark other
+    // than "II" or "MM", a magic other than 42, or a header cut short.
+    std::optional<CVLEXIF::STIFFHeader> ReadTIFFHeader();
+
+    // At the stream position, a TIFF header (ReadTIFFHeader), then the chain
+    // of directories:
     //   errFormat  bad byte-order mark or magic; a chain that ends without
     //              having met a catalogued tag or an EXIF/GPS pointer; a link
     //              past the end of the file (values read so far are kept);

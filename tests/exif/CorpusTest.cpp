@@ -24,6 +24,7 @@
 
 #include "exif/EXIF.h"
 #include "platform/Charset.h"
+#include "tests/support/ExifTool.h"
 
 namespace {
 
@@ -31,6 +32,7 @@ namespace fs = std::filesystem;
 using Json = nlohmann::ordered_json;
 using vliptc::platform::Cp1252ToUtf8;
 using vliptc::platform::Utf8ToCp1252;
+using vliptc::test::WalkedByExifReader;
 
 const std::string kCorpus = "../shared/corpus/";
 
@@ -329,19 +331,6 @@ const std::vector<ExpectedResult> kExpectedResults = {
     {"raw/et_CanonRaw.crw", CVLEXIF::errOpen, "a .CRW without its .thm companion"},
 };
 
-// ExifTool's locations that the reader reads: the chain of IFDs and the EXIF
-// and GPS directories of each (not interoperability, sub-IFDs, maker notes or
-// embedded previews).
-bool WalkedByReader(const std::string& location) {
-    for (const std::string container : {"JPEG-APP1-", "TIFF-", "PSD-EXIFInfo-"}) {
-        if (location.rfind(container + "IFD", 0) != 0) continue;
-        std::string rest = location.substr(container.size() + 3);
-        rest.erase(0, rest.find_first_not_of("0123456789"));
-        return rest.empty() || rest == "-ExifIFD" || rest == "-GPS";
-    }
-    return false;
-}
-
 std::optional<Json> ReadJson(const std::string& path) {
     std::ifstream in(path);
     if (!in) return std::nullopt;
@@ -357,7 +346,7 @@ std::map<std::uint32_t, std::pair<std::string, Json>> TheirFirstValues(const std
         const auto first = key.find(':');
         const auto second = key.find(':', first + 1);
         const auto third = key.find(':', second + 1);
-        if (second == std::string::npos || !WalkedByReader(key.substr(first + 1, second - first - 1)))
+        if (second == std::string::npos || !WalkedByExifReader(key.substr(first + 1, second - first - 1)))
             continue;
         const std::string format =
             third == std::string::npos ? "" : key.substr(second + 1, third - second - 1);

@@ -4,6 +4,7 @@
 #include <limits>
 #include <set>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -80,8 +81,14 @@ TEST(Property, SettersReplaceKindAndGettersConvert) {
     EXPECT_EQ(p.GetInt32(), std::numeric_limits<std::int32_t>::max());
     p.SetDouble(std::nan(""));
     EXPECT_EQ(p.GetInt32(), 0);
-    p.SetString("12");
-    EXPECT_EQ(p.GetInt32(), 0);
+    // Text reads as atol/atof read it (the EXIF reader keeps some numbers as text).
+    for (const auto& [text, integer, real] : {std::tuple{"12", 12, 12.0}, {" \t-7.5x", -7, -7.5},
+                                              {"+3", 3, 3.0}, {"abc", 0, 0.0}, {"--1", 0, 0.0},
+                                              {"99999999999", std::numeric_limits<std::int32_t>::max(), 99999999999.0}}) {
+        p.SetString(text);
+        EXPECT_EQ(p.GetInt32(), integer) << text;
+        EXPECT_EQ(p.GetDouble(), real) << text;
+    }
     EXPECT_EQ(p.GetDateTime().GetStatus(), COleDateTime::invalid);
     p.SetTime(COleDateTime(2024, 2, 29, 13, 14, 15));
     EXPECT_EQ(p.GetDateTime(), COleDateTime(1899, 12, 30, 13, 14, 15));

@@ -148,6 +148,16 @@ Datasets FromExifTool(const nlohmann::json& object, const std::string& place) {
     return groups.begin()->second;
 }
 
+bool WalkedByExifReader(const std::string& location) {
+    for (const std::string container : {"JPEG-APP1-", "TIFF-", "PSD-EXIFInfo-"}) {
+        if (location.rfind(container + "IFD", 0) != 0) continue;
+        std::string rest = location.substr(container.size() + 3);
+        rest.erase(0, rest.find_first_not_of("0123456789"));
+        return rest.empty() || rest == "-ExifIFD" || rest == "-GPS";
+    }
+    return false;
+}
+
 nlohmann::json ExifToolOracle(const std::string& file) {
     std::ifstream in(kCorpus + "oracle/exiftool/" + file + ".json");
     if (!in) return nullptr;

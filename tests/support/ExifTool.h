@@ -37,6 +37,12 @@ Datasets FromExifTool(const nlohmann::json& object, const std::string& place);
 // null when there is none.
 nlohmann::json ExifToolOracle(const std::string& file);
 
+// Whether an ExifTool location ("JPEG-APP1-IFD0-ExifIFD", the LOCATION of a
+// key) is one the EXIF reader reads: the chain of IFDs and the EXIF and GPS
+// directories of each (not interoperability, sub-IFDs, maker notes or
+// embedded previews).
+bool WalkedByExifReader(const std::string& location);
+
 // exiv2's record-2 datasets of a file.
 Datasets FromExiv2(const std::string& path);
 
