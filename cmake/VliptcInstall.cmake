@@ -16,6 +16,10 @@ foreach(dir host platform iptc tags exif editors)
           FILES_MATCHING PATTERN "*.h" PATTERN "internal" EXCLUDE)
 endforeach()
 install(FILES resources/vliptctags.ipt DESTINATION ${CMAKE_INSTALL_DATADIR}/vliptc)
+# The desktop host finds the definitions above in ../share/vliptc beside its bin folder.
+if(TARGET vliptc-editor)
+  install(TARGETS vliptc-editor RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+endif()
 
 # The package config finds Qt for a consumer only when the editors use it.
 get_target_property(vliptc_editor_links vliptc_editors INTERFACE_LINK_LIBRARIES)

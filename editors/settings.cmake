@@ -15,3 +15,6 @@ target_sources(vliptc_editors PRIVATE
   WindowPlacement.cpp
   ResizableDialog.cpp
   IPTCClipboard.cpp)
+
+include(dialogs.cmake)
+include(sheet.cmake)

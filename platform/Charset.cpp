@@ -1,6 +1,6 @@
 // Windows-1252 <-> Unicode. Bytes 0x00-0x7F are ASCII and 0xA0-0xFF equal
 // Latin-1 (U+00A0-U+00FF), so the only data needed is the 0x80-0x9F row,
-// used in both directions.
+// used in both directions. Mac Roman needs its whole upper half.
 //
 // Rules for text coming in (UTF-8 or UTF-16), one "?" per bad unit:
 //  - a character Windows-1252 cannot hold (including the C1 controls other
@@ -34,6 +34,27 @@ constexpr std::array<char16_t, 32> kHighRow = {
     u'\u02DC', u'\u2122', u'\u0161', u'\u203A', u'\u0153', u'\u009D', u'\u017E', u'\u0178',  // 98-9F
 };
 
+// Unicode of the Mac Roman bytes 0x80-0xFF (0xDB is the euro sign, as on
+// every Mac since 1998; 0xF0 is the Apple logo in the private use area).
+constexpr std::array<char16_t, 128> kMacRomanHigh = {
+    u'\u00C4', u'\u00C5', u'\u00C7', u'\u00C9', u'\u00D1', u'\u00D6', u'\u00DC', u'\u00E1',  // 80-87
+    u'\u00E0', u'\u00E2', u'\u00E4', u'\u00E3', u'\u00E5', u'\u00E7', u'\u00E9', u'\u00E8',  // 88-8F
+    u'\u00EA', u'\u00EB', u'\u00ED', u'\u00EC', u'\u00EE', u'\u00EF', u'\u00F1', u'\u00F3',  // 90-97
+    u'\u00F2', u'\u00F4', u'\u00F6', u'\u00F5', u'\u00FA', u'\u00F9', u'\u00FB', u'\u00FC',  // 98-9F
+    u'\u2020', u'\u00B0', u'\u00A2', u'\u00A3', u'\u00A7', u'\u2022', u'\u00B6', u'\u00DF',  // A0-A7
+    u'\u00AE', u'\u00A9', u'\u2122', u'\u00B4', u'\u00A8', u'\u2260', u'\u00C6', u'\u00D8',  // A8-AF
+    u'\u221E', u'\u00B1', u'\u2264', u'\u2265', u'\u00A5', u'\u00B5', u'\u2202', u'\u2211',  // B0-B7
+    u'\u220F', u'\u03C0', u'\u222B', u'\u00AA', u'\u00BA', u'\u03A9', u'\u00E6', u'\u00F8',  // B8-BF
+    u'\u00BF', u'\u00A1', u'\u00AC', u'\u221A', u'\u0192', u'\u2248', u'\u2206', u'\u00AB',  // C0-C7
+    u'\u00BB', u'\u2026', u'\u00A0', u'\u00C0', u'\u00C3', u'\u00D5', u'\u0152', u'\u0153',  // C8-CF
+    u'\u2013', u'\u2014', u'\u201C', u'\u201D', u'\u2018', u'\u2019', u'\u00F7', u'\u25CA',  // D0-D7
+    u'\u00FF', u'\u0178', u'\u2044', u'\u20AC', u'\u2039', u'\u203A', u'\uFB01', u'\uFB02',  // D8-DF
+    u'\u2021', u'\u00B7', u'\u201A', u'\u201E', u'\u2030', u'\u00C2', u'\u00CA', u'\u00C1',  // E0-E7
+    u'\u00CB', u'\u00C8', u'\u00CD', u'\u00CE', u'\u00CF', u'\u00CC', u'\u00D3', u'\u00D4',  // E8-EF
+    u'\uF8FF', u'\u00D2', u'\u00DA', u'\u00DB', u'\u00D9', u'\u0131', u'\u02C6', u'\u02DC',  // F0-F7
+    u'\u00AF', u'\u02D8', u'\u02D9', u'\u02DA', u'\u00B8', u'\u02DD', u'\u02DB', u'\u02C7',  // F8-FF
+};
+
 constexpr char kReplacement = '?';
 
 constexpr char32_t ByteToCodePoint(unsigned char byte) {
@@ -45,6 +66,18 @@ constexpr char CodePointToByte(char32_t cp) {
     if (cp < 0x80 || (cp >= 0xA0 && cp <= 0xFF)) return static_cast<char>(cp);
     for (std::size_t i = 0; i < kHighRow.size(); ++i) {
         if (kHighRow[i] == cp) return static_cast<char>(0x80 + i);
+    }
+    return kReplacement;
+}
+
+constexpr char32_t MacRomanToCodePoint(unsigned char byte) {
+    return byte < 0x80 ? byte : kMacRomanHigh[byte - 0x80];
+}
+
+constexpr char CodePointToMacRoman(char32_t cp) {
+    if (cp < 0x80) return static_cast<char>(cp);
+    for (std::size_t i = 0; i < kMacRomanHigh.size(); ++i) {
+        if (kMacRomanHigh[i] == cp) return static_cast<char>(0x80 + i);
     }
     return kReplacement;
 }
@@ -156,6 +189,20 @@ std::string Utf16ToCp1252(std::u16string_view text) {
         out += (IsHighSurrogate(unit) || IsLowSurrogate(unit)) ? kReplacement : CodePointToByte(unit);
         ++i;
     }
+    return out;
+}
+
+std::string MacRomanToWindows1252(std::string_view text) {
+    std::string out;
+    out.reserve(text.size());
+    for (const char c : text) out += CodePointToByte(MacRomanToCodePoint(static_cast<unsigned char>(c)));
+    return out;
+}
+
+std::string Windows1252ToMacRoman(std::string_view text) {
+    std::string out;
+    out.reserve(text.size());
+    for (const char c : text) out += CodePointToMacRoman(ByteToCodePoint(static_cast<unsigned char>(c)));
     return out;
 }
 

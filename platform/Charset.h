@@ -19,4 +19,13 @@ std::u16string Cp1252ToUtf16(std::string_view text);
 std::string Utf8ToCp1252(std::string_view text);
 std::string Utf16ToCp1252(std::u16string_view text);
 
+// Text typed on a classic Mac arrives as Mac Roman bytes that readers take for
+// Windows-1252 (and the reverse). These re-encode the upper half; ASCII is the
+// same in both. A character the target set lacks (Mac: the math signs, the
+// ligatures, the Apple logo; Windows: the undefined bytes, S and Z with caron,
+// the fractions, superscripts, Icelandic letters...) becomes "?", as in the
+// conversions above: it never silently turns into a different letter.
+std::string MacRomanToWindows1252(std::string_view text);
+std::string Windows1252ToMacRoman(std::string_view text);
+
 }  // namespace vliptc::platform

@@ -139,5 +139,44 @@ TEST(Charset, Utf16OutsideOrMalformedBecomesOneQuestionMarkEach) {
     }
 }
 
+TEST(Charset, MacRomanAndWindows1252RoundTripWhereBothHaveTheCharacter) {
+    const std::string ascii = AllBytes().substr(0, 0x80);
+    EXPECT_EQ(MacRomanToWindows1252(ascii), ascii);
+    EXPECT_EQ(Windows1252ToMacRoman(ascii), ascii);
+
+    int macShared = 0;
+    int windowsShared = 0;
+    for (int b = 0x80; b < 0x100; ++b) {
+        const std::string one(1, static_cast<char>(b));
+        if (const std::string windows = MacRomanToWindows1252(one); windows != "?") {
+            ++macShared;
+            EXPECT_EQ(Windows1252ToMacRoman(windows), one) << "Mac byte " << b;
+        }
+        if (const std::string mac = Windows1252ToMacRoman(one); mac != "?") {
+            ++windowsShared;
+            EXPECT_EQ(MacRomanToWindows1252(mac), one) << "Windows byte " << b;
+        }
+    }
+    // 103 of the 128 upper characters exist in both sets.
+    EXPECT_EQ(macShared, 103);
+    EXPECT_EQ(windowsShared, 103);
+
+    const struct {
+        std::string_view mac, windows;
+    } cases[] = {
+        {"Caf\x8E", "Caf\xE9"},    // e acute
+        {"\xDB", "\x80"},          // euro
+        {"\xD5", "\x92"},          // right single quote
+        {"\xCA", "\xA0"},          // no-break space
+        {"\xA7\xD8", "\xDF\xFF"},  // sharp s, y diaeresis
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(MacRomanToWindows1252(c.mac), c.windows);
+        EXPECT_EQ(Windows1252ToMacRoman(c.windows), c.mac);
+    }
+    EXPECT_EQ(MacRomanToWindows1252("\xAD\xF0"), "??");  // not-equal sign, Apple logo
+    EXPECT_EQ(Windows1252ToMacRoman("\x8A\x81"), "??");  // S caron, undefined byte
+}
+
 }  // namespace
 }  // namespace vliptc::platform
