@@ -57,4 +57,8 @@ inline constexpr std::uint64_t kMaxExifBytesPerRead = 256u * 1024 * 1024;
 // reader's walk of a Photoshop file's resources, as a broken block does.
 inline constexpr std::uint32_t kMaxExifResourceBytes = 20971520;
 
+// The imaging stand-in (LBitmap::Load) reads a file whole, as an image
+// library loads a bitmap; a larger file is refused as unreadable.
+inline constexpr std::uint64_t kMaxImagingFileBytes = 512u * 1024 * 1024;
+
 }  // namespace vliptc::limits

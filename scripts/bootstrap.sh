@@ -12,6 +12,7 @@ packages=(
   libimage-exiftool-perl exiv2        # interop: files we write are read back by both
   libjpeg-turbo-progs                 # djpeg: decoded pixels stay identical after a write
   libcli11-dev                        # argument parsing of the vliptc tool
+  libexif-dev                         # the imaging stand-in builds EXIF data with it
   imagemagick                         # scripts/make-examples.sh draws the sample images
   qt6-base-dev                        # the editors (Qt 6 Widgets, QtTest; the offscreen platform for UI tests)
 )

@@ -11,7 +11,6 @@
 //
 // set-date patches the date fields the file already carries, in place; a
 // field the file lacks is reported and left out (a date is never added).
-#include <array>
 #include <cstdio>
 #include <memory>
 #include <optional>
@@ -24,6 +23,7 @@
 #include "apps/vliptc/Batch.h"
 #include "apps/vliptc/Commands.h"
 #include "apps/vliptc/Edits.h"
+#include "apps/vliptc/ExifDates.h"
 #include "apps/vliptc/Output.h"
 #include "exif/EXIF.h"
 #include "platform/FileName.h"
@@ -154,60 +154,24 @@ struct ExifSetDateOptions {
     bool keepTimes = false;
 };
 
-// The EXIF form "YYYY:MM:DD HH:MM:SS" of a date and time given as
-// "YYYY:MM:DD HH:MM:SS", "YYYY-MM-DD HH:MM:SS" or "YYYY-MM-DDTHH:MM:SS";
-// nullopt for anything else, or a month, day, hour, minute or second out of
-// range.
-std::optional<std::string> ExifDateText(std::string_view text) {
-    constexpr std::size_t kLength = 19;
-    if (text.size() != kLength) return std::nullopt;
-    const auto digits = [&](std::size_t at, std::size_t count) -> std::optional<int> {
-        int value = 0;
-        for (std::size_t i = at; i < at + count; ++i) {
-            if (text[i] < '0' || text[i] > '9') return std::nullopt;
-            value = value * 10 + (text[i] - '0');
-        }
-        return value;
-    };
-    const char dateSeparator = text[4];
-    if ((dateSeparator != ':' && dateSeparator != '-') || text[7] != dateSeparator) return std::nullopt;
-    if ((text[10] != ' ' && text[10] != 'T') || text[13] != ':' || text[16] != ':') return std::nullopt;
-    const auto year = digits(0, 4);
-    const auto month = digits(5, 2);
-    const auto day = digits(8, 2);
-    const auto hour = digits(11, 2);
-    const auto minute = digits(14, 2);
-    const auto second = digits(17, 2);
-    if (!year || !month || !day || !hour || !minute || !second) return std::nullopt;
-    if (*month < 1 || *month > 12 || *day < 1 || *day > 31 || *hour > 23 || *minute > 59 || *second > 59) {
-        return std::nullopt;
-    }
-    std::string exif(text);
-    exif[4] = exif[7] = ':';
-    exif[10] = ' ';
-    return exif;
-}
-
 struct DateChange {
     CVLEXIF::EFieldTags tag;
     std::string text;  // EXIF form
 };
 
 std::vector<DateChange> DateChanges(const ExifSetDateOptions& options) {
-    const std::array<std::pair<CVLEXIF::EFieldTags, const std::string*>, 3> given{{
-        {CVLEXIF::kDateTime, &options.dateTime},
-        {CVLEXIF::kDateTimeOriginal, &options.original},
-        {CVLEXIF::kDateTimeDigitized, &options.digitized},
-    }};
+    const struct {
+        CVLEXIF::EFieldTags tag;
+        const std::string* value;
+        const char* option;
+    } given[] = {
+        {CVLEXIF::kDateTime, &options.dateTime, "--datetime"},
+        {CVLEXIF::kDateTimeOriginal, &options.original, "--original"},
+        {CVLEXIF::kDateTimeDigitized, &options.digitized, "--digitized"},
+    };
     std::vector<DateChange> changes;
-    for (const auto& [tag, value] : given) {
-        if (value->empty()) continue;
-        const auto text = ExifDateText(*value);
-        if (!text) {
-            throw UsageError("not a date and time: \"" + *value +
-                             "\" (give YYYY:MM:DD HH:MM:SS or YYYY-MM-DD HH:MM:SS)");
-        }
-        changes.push_back({tag, *text});
+    for (const auto& [tag, value, option] : given) {
+        if (!value->empty()) changes.push_back({tag, ParseExifDate(*value, option).text});
     }
     if (changes.empty()) throw UsageError("nothing to change: give --datetime, --original or --digitized");
     return changes;
@@ -301,6 +265,7 @@ void AddExifCommands(CLI::App& app, Cli& cli) {
     setDateCommand->callback(
         [&cli, setDate] { cli.action = [setDate] { return RunExifSetDate(*setDate); }; });
 
+    AddExifCommentCommand(*exif, cli);
 }
 
 }  // namespace vliptc::cli

@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "host/ByteOrder.h"
+#include "host/JpegMarkers.h"
 #include "host/Limits.h"
 
 namespace vliptc::exif {
@@ -13,12 +14,7 @@ namespace {
 
 using bytes::ByteOrder;
 
-// JPEG markers (the byte after 0xFF).
-constexpr std::uint8_t kMarkerPrefix = 0xFF;
-constexpr std::uint8_t kMarkerSOI = 0xD8;  // start of image
-constexpr std::uint8_t kMarkerEOI = 0xD9;  // end of image
-constexpr std::uint8_t kMarkerSOS = 0xDA;  // start of scan: entropy-coded data follows
-constexpr std::uint8_t kMarkerAPP1 = 0xE1;
+// JPEG markers (the byte after 0xFF) beyond the shared ones.
 constexpr std::uint8_t kMarkerAPP12 = 0xEC;
 constexpr std::uint8_t kMarkerCOM = 0xFE;
 
@@ -63,7 +59,7 @@ CVLEXIF::EError ContainerWalk::ParseEXIF() {
         m_stream.SetPosition(0);
         return ProcessEXIF(true);
     }
-    if (first != kMarkerPrefix) {
+    if (first != jpeg::kMarkerPrefix) {
         if (first != '8' || second != 'B' || m_stream.Size() < kMinPsdFileBytes) return CVLEXIF::errFormat;
         const auto data = m_stream.Data();
         if (!std::equal(kPsdSignature.begin(), kPsdSignature.end(), data.begin()) ||
@@ -73,7 +69,7 @@ CVLEXIF::EError ContainerWalk::ParseEXIF() {
         m_stream.SetPosition(0);
         return HandlePSDEXIF();
     }
-    if (second != kMarkerSOI) return CVLEXIF::errFormat;
+    if (second != jpeg::kSOI) return CVLEXIF::errFormat;
     return WalkJpegMarkers();
 }
 
@@ -84,9 +80,9 @@ CVLEXIF::EError ContainerWalk::WalkJpegMarkers() {
         const std::uint8_t code = NextMarker();
         if (ScansThrough(code)) {
             // The payload is passed over by the next marker search.
-        } else if (code == kMarkerEOI || code == kMarkerSOS) {
+        } else if (code == jpeg::kEOI || code == jpeg::kSOS) {
             return CVLEXIF::errNoEXIF;
-        } else if (code == kMarkerAPP1) {
+        } else if (code == jpeg::kAPP1) {
             return ProcessEXIF(false) == CVLEXIF::errOK ? CVLEXIF::errOK : CVLEXIF::errNoEXIF;
         } else if (SkipVar() != CVLEXIF::errOK) {
             return CVLEXIF::errNoEXIF;
@@ -110,11 +106,11 @@ bool ContainerWalk::ScansThrough(std::uint8_t code) const {
 // then fill bytes (0xFF); 0xFF at the end of the file.
 std::uint8_t ContainerWalk::NextMarker() {
     std::uint8_t byte = m_stream.NextByte();
-    while (byte != kMarkerPrefix) byte = m_stream.NextByte();  // NextByte gives 0xFF at the end
+    while (byte != jpeg::kMarkerPrefix) byte = m_stream.NextByte();  // NextByte gives 0xFF at the end
     for (;;) {
-        if (m_stream.IsEOF()) return kMarkerPrefix;
+        if (m_stream.IsEOF()) return jpeg::kMarkerPrefix;
         byte = m_stream.NextByte();
-        if (byte != kMarkerPrefix) return byte;
+        if (byte != jpeg::kMarkerPrefix) return byte;
     }
 }
 

@@ -19,6 +19,7 @@
 #include <vector>
 
 #include "host/ByteOrder.h"
+#include "host/JpegMarkers.h"
 #include "host/VLFile.h"
 #include "iptc/internal/ContainerFile.h"
 #include "iptc/internal/Containers.h"
@@ -30,24 +31,12 @@ namespace {
 
 using bytes::ByteOrder;
 
-constexpr std::uint8_t kMarkerPrefix = 0xFF;
-constexpr std::uint8_t kSOI = 0xD8;   // start of image, no length
-constexpr std::uint8_t kEOI = 0xD9;   // end of image
-constexpr std::uint8_t kSOS = 0xDA;   // start of scan: entropy-coded data follows
-constexpr std::uint8_t kTEM = 0x01;   // standalone, no length
-constexpr std::uint8_t kRST0 = 0xD0;  // RST0..RST7: standalone, no length
-constexpr std::uint8_t kRST7 = 0xD7;
-constexpr std::uint8_t kStuffed = 0x00;  // 0xFF 0x00 is a data byte, not a marker
-constexpr std::uint8_t kAPP0 = 0xE0;
-constexpr std::uint8_t kAPP1 = 0xE1;
-constexpr std::uint8_t kAPP13 = 0xED;
+using namespace vliptc::jpeg;
 
 // The length field counts itself, so 2 is the smallest valid length and
 // 65,535 the largest.
 constexpr std::uint64_t kMinSegmentLength = 2;
 constexpr std::uint64_t kMaxSegmentLength = 0xFFFF;
-constexpr std::uint64_t kMarkerBytes = 2;
-constexpr std::uint64_t kLengthBytes = 2;
 
 // APP13 identifiers: at most this many bytes before their zero terminator.
 constexpr std::uint64_t kMaxIdentifierBytes = 200;
@@ -82,10 +71,6 @@ struct MarkerWalk {
     std::vector<Segment> segments;
     WalkEnd end = WalkEnd::kEndOfFile;
 };
-
-bool IsStandalone(std::uint8_t marker) {
-    return marker == kTEM || marker == kSOI || (marker >= kRST0 && marker <= kRST7);
-}
 
 // Walks the marker segments behind the start-of-image marker up to the first
 // start of scan or end of image. Bytes between segments that are not a marker
@@ -128,9 +113,7 @@ bool StartsWithSOI(std::span<const std::uint8_t> file) {
     return file.size() >= 2 && file[0] == kMarkerPrefix && file[1] == kSOI;
 }
 
-char UpperAscii(char c) {
-    return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
-}
+char UpperAscii(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; }
 
 bool EqualsIgnoreCase(std::span<const std::uint8_t> bytes, std::string_view text) {
     if (bytes.size() != text.size()) return false;
@@ -142,7 +125,8 @@ bool EqualsIgnoreCase(std::span<const std::uint8_t> bytes, std::string_view text
 
 // The zero-terminated identifier at the start of a segment's payload; nullopt
 // when no zero byte ends it within 200 bytes and the segment.
-std::optional<std::span<const std::uint8_t>> Identifier(std::span<const std::uint8_t> file, const Segment& segment) {
+std::optional<std::span<const std::uint8_t>> Identifier(std::span<const std::uint8_t> file,
+                                                        const Segment& segment) {
     const std::uint64_t payload = segment.Payload();
     const std::uint64_t limit = std::min(segment.end, payload + kMaxIdentifierBytes + 1);
     for (std::uint64_t i = payload; i < limit; ++i) {
@@ -178,16 +162,17 @@ std::optional<std::uint64_t> ReaderSection(std::span<const std::uint8_t> file, c
 bool IsPhotoshopSegment(std::span<const std::uint8_t> file, const Segment& segment) {
     if (segment.marker != kAPP13 || segment.end - segment.Payload() < kPhotoshopIdentifierBytes) return false;
     const auto identifier = file.subspan(segment.Payload(), kPhotoshopIdentifierBytes);
-    return identifier.back() == 0 && EqualsIgnoreCase(identifier.first(kPhotoshopIdentifier.size()), kPhotoshopIdentifier);
+    return identifier.back() == 0 &&
+           EqualsIgnoreCase(identifier.first(kPhotoshopIdentifier.size()), kPhotoshopIdentifier);
 }
 
 enum class ResourceScan {
-    kFound,      // the IPTC resource the reader decodes in this segment
-    kAbsent,     // none: the reader goes on to the next segment
-    kWalkEnds,   // none, but the reader's walk ends here with success (a
-                 // resource of size 0, or a size cut off by the end), so it
-                 // never looks at a later segment
-    kBroken,     // the IPTC resource runs past its segment
+    kFound,     // the IPTC resource the reader decodes in this segment
+    kAbsent,    // none: the reader goes on to the next segment
+    kWalkEnds,  // none, but the reader's walk ends here with success (a
+                // resource of size 0, or a size cut off by the end), so it
+                // never looks at a later segment
+    kBroken,    // the IPTC resource runs past its segment
 };
 
 struct ResourceExtent {
@@ -268,8 +253,8 @@ std::uint64_t ResourceBytes(std::span<const std::uint8_t> block) {
 }
 
 // Builds the new file into out, or says why it cannot be built.
-CIPTC::EError BuildJpeg(std::span<const std::uint8_t> file, const MarkerWalk& walk, std::span<const std::uint8_t> block,
-                        CVLMemFile& out) {
+CIPTC::EError BuildJpeg(std::span<const std::uint8_t> file, const MarkerWalk& walk,
+                        std::span<const std::uint8_t> block, CVLMemFile& out) {
     // The segment to rewrite is the one whose IPTC resource the reader
     // decodes: among the segments the reader walks, in file order, the first
     // that holds an IPTC resource or where the reader's walk ends. Failing
@@ -304,8 +289,8 @@ CIPTC::EError BuildJpeg(std::span<const std::uint8_t> file, const MarkerWalk& wa
         const Segment& first = walk.segments.front();
         AppendRange(out, file, 0, first.end);
         AppendSegmentHeader(out, length);
-        const std::array<std::uint8_t, kPhotoshopIdentifierBytes> identifier{'P', 'h', 'o', 't', 'o', 's', 'h',
-                                                                            'o', 'p', ' ', '3', '.', '0', 0};
+        const std::array<std::uint8_t, kPhotoshopIdentifierBytes> identifier{
+            'P', 'h', 'o', 't', 'o', 's', 'h', 'o', 'p', ' ', '3', '.', '0', 0};
         Append(out, identifier);
         AppendIptcResource(out, block);
         AppendRange(out, file, first.end, file.size());
