@@ -1,6 +1,5 @@
 target_sources(vliptc_core PRIVATE
   ${CMAKE_CURRENT_LIST_DIR}/FileIO.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/internal/SafeReplace.cpp
   ${CMAKE_CURRENT_LIST_DIR}/internal/ContainerFile.cpp
   ${CMAKE_CURRENT_LIST_DIR}/internal/JpegContainer.cpp
   ${CMAKE_CURRENT_LIST_DIR}/internal/TrailerContainer.cpp

@@ -4,15 +4,33 @@
 // failure path of a writer can be exercised without special permissions or
 // LD_PRELOAD tricks. Production code never arms it; when disarmed each check
 // is one relaxed load.
+//
+// A failed step looks to its caller exactly like the system call failing:
+//
+//   step    checked in                       the caller sees
+//   Create  OutputFile::CreateUnique         false (errno EACCES), no file made
+//   Write   OutputFile::Write                false (errno ENOSPC), nothing written
+//   Rename  RenameNoReplace                  false (errno EIO), nothing moved
+//   Remove  RemoveFile                       false (errno EIO), the file stays
+//   Resize  ResizeFile                       false (errno ENOSPC), the size unchanged
+//   Map     MappedFile::Open: the read-write open
+//                                            Status::CannotOpen, as for a file
+//                                            the process may not write
+//           MappedFile::Open: the mmap       Status::CannotMap
+//   Time    GetFileStatus, GetLastWriteTime,
+//           GetFileTimes                     nullopt, as for a missing file
+//           SetFileTimes                     false, the times unchanged
 
 namespace vliptc::platform::fault {
 
 enum class Step {
-    Create,  // creating or opening a file for writing
+    Create,  // creating a file for writing
     Write,   // writing bytes (a failure here is a short write)
     Rename,  // RenameNoReplace
     Remove,  // RemoveFile
     Resize,  // changing a file's size
+    Map,     // opening a file for a read-write mapping, and mapping any file
+    Time,    // reading a file's status or times, and setting its times
     kCount,
 };
 

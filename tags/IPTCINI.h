@@ -90,9 +90,10 @@ public:
     bool LoadUserLists();
     // Writes the user lists and synonyms to "vliptcusr.dat", keeping the
     // previous file as "vliptcusr.dat.bak". False when the previous file could
-    // not be moved to the backup, or when writing threw (the backup is then
-    // moved back). A file that merely cannot be created still gives true.
-    // Does nothing before Load.
+    // not be moved to the backup, or when writing threw. A new file that
+    // merely cannot be created, written or moved to the data file's name
+    // still gives true. Either way a failed save moves the backup back, so
+    // "vliptcusr.dat" holds the previous lists. Does nothing before Load.
     bool StoreUserLists();
     bool GetUserList(std::uint32_t id, std::vector<CVLProperty>& values) const;
     bool SetUserList(std::uint32_t id, const std::vector<CVLProperty>& values);
@@ -118,9 +119,10 @@ protected:
     // and synonyms held now (CR LF line ends).
     void FormatUserLists(std::string& text) const;
 
-    // Called by StoreUserLists after the new "vliptcusr.dat" has been written
-    // and before it is closed. Empty by default; a test throws from it to
-    // exercise the rollback to the ".bak" backup.
+    // Called by StoreUserLists after the new lists have been written (to the
+    // file that becomes "vliptcusr.dat") and before that file is closed.
+    // Empty by default; a test throws from it to exercise the rollback to the
+    // ".bak" backup.
     std::function<void()> m_afterUserListsWritten;
 
 private:

@@ -1,9 +1,12 @@
 // Saving the user lists and synonyms to "vliptcusr.dat", with the previous
 // file kept as "vliptcusr.dat.bak".
 
-#include <fstream>
+#include <cstdint>
+#include <filesystem>
+#include <span>
 #include <string>
 
+#include "platform/OutputFile.h"
 #include "tags/IPTCINI.h"
 
 namespace fs = vliptc::platform;
@@ -78,24 +81,30 @@ bool CVLIPTCINI::StoreUserLists() {
         backedUp = true;
     }
 
+    // The new lists go to a file beside the data file, which takes the data
+    // file's name only when it is complete. Whatever fails on the way, the
+    // partial file goes and the backup is moved back under its own name.
+    fs::OutputFile out;
+    const auto restore = [&] {
+        out.Discard();
+        if (backedUp) static_cast<void>(fs::RenameNoReplace(backupPath, m_userDataPath));
+    };
     bool result = true;
     try {
         std::string content;
         FormatUserLists(content);
-        // A file that cannot be created or written is not an error here: the
-        // previous lists are still in the backup.
-        std::ofstream out(m_userDataPath, std::ios::binary | std::ios::trunc);
-        if (out) {
-            out.write(content.data(), static_cast<std::streamsize>(content.size()));
-            if (m_afterUserListsWritten) m_afterUserListsWritten();
-            out.close();
-        }
+        const std::filesystem::path data(m_userDataPath);
+        bool written = out.CreateUnique(data.parent_path().string(), data.filename().string() + ".");
+        if (written && backedUp) out.CopyPermissionsFrom(backupPath);
+        written = written &&
+                  out.Write(std::span(reinterpret_cast<const std::uint8_t*>(content.data()), content.size()));
+        if (written && m_afterUserListsWritten) m_afterUserListsWritten();
+        written = written && out.Close() && fs::RenameNoReplace(out.Path(), m_userDataPath);
+        // A file that cannot be made is not an error here (a stream error);
+        // the previous lists are back at their place.
+        if (!written) restore();
     } catch (...) {
-        // Put the previous file back in place of whatever was written.
-        if (backedUp) {
-            if (fs::Exists(m_userDataPath)) static_cast<void>(fs::RemoveFile(m_userDataPath));
-            static_cast<void>(fs::RenameNoReplace(backupPath, m_userDataPath));
-        }
+        restore();
         result = false;
     }
     // Our own save is not a change made by someone else (IsDirty).

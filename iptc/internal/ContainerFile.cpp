@@ -1,4 +1,5 @@
-// Mapping a file for a container reader or writer.
+// Mapping a file for a container reader or writer, and the result codes of
+// swapping the new content in.
 
 #include "iptc/internal/ContainerFile.h"
 
@@ -17,6 +18,18 @@ CIPTC::EError MapFile(const std::string& path, platform::MappedFile::Access acce
             return CIPTC::kCannotMapOrWrite;
     }
     return CIPTC::kCannotOpen;
+}
+
+CIPTC::EError ReplaceResult(platform::ReplaceStatus status) {
+    switch (status) {
+        case platform::ReplaceStatus::Replaced:
+            return CIPTC::kSuccess;
+        case platform::ReplaceStatus::CannotWrite:
+            return CIPTC::kCannotMapOrWrite;
+        case platform::ReplaceStatus::CannotReplace:
+            return CIPTC::kCannotReplace;
+    }
+    return CIPTC::kCannotReplace;
 }
 
 }  // namespace vliptc::iptc

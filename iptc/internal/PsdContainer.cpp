@@ -18,12 +18,14 @@
 //   the file keeps its size and every byte outside the record. There is no
 //   temporary file and no backup: the copy lands in the user's file. If the
 //   process dies during the copy, or the system before the page is written
-//   back, the record can hold a mix of old and new bytes; its extent and
-//   every other byte of the document are unchanged either way, so the
-//   document stays readable and only the IPTC data can be damaged.
+//   back, the record can hold a mix of old and new bytes. Every byte of the
+//   document outside the record is unchanged either way, but when the old
+//   record had another name, a mix inside the header (name length against
+//   data size) can misplace the end of the record, and with it the walk of
+//   the resources behind it: the image data stays where it was.
 //
 // * Otherwise the document is rebuilt into a temporary file in the same
-//   folder and swapped in with a numbered backup (ReplaceFileContent). The new
+//   folder and swapped in with a numbered backup (platform::ReplaceFileContent). The new
 //   record takes the place of the first IPTC record, or closes the section
 //   when there was none; its data size counts the block (padded to even) and
 //   256 zero bytes of reserve, so that the next block up to 255 bytes longer

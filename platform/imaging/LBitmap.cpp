@@ -7,8 +7,8 @@
 
 #include "host/ByteOrder.h"
 #include "host/Limits.h"
-#include "iptc/internal/SafeReplace.h"
 #include "platform/FileSystem.h"
+#include "platform/SafeReplace.h"
 #include "platform/imaging/ImagingResult.h"
 #include "platform/imaging/internal/CommentTable.h"
 #include "platform/imaging/internal/ExifComments.h"
@@ -82,6 +82,7 @@ int LBitmap::Save(const std::string& path) const {
         rebuilt = Rebuilt(file, *layout, *payload);
         content = rebuilt;
     }
-    return vliptc::iptc::ReplaceFileContent(path, content) == CIPTC::kSuccess ? kImagingSuccess
-                                                                              : kImagingCannotWrite;
+    return vliptc::platform::ReplaceFileContent(path, content) == vliptc::platform::ReplaceStatus::Replaced
+               ? kImagingSuccess
+               : kImagingCannotWrite;
 }

@@ -120,6 +120,16 @@ std::optional<PathInfo> QueryPath(const std::string& path) {
     return info;
 }
 
+// The status and time queries go through the fault seam; the plain existence
+// and kind queries above do not.
+std::optional<PathInfo> QueryTimes(const std::string& path) {
+    if (fault::ShouldFail(fault::Step::Time)) {
+        errno = EIO;
+        return std::nullopt;
+    }
+    return QueryPath(path);
+}
+
 class FileDescriptor {
 public:
     explicit FileDescriptor(int fd) noexcept : m_fd(fd) {}
@@ -156,24 +166,28 @@ bool IsReadOnly(const std::string& path) {
 }
 
 std::optional<FileStatus> GetFileStatus(const std::string& path) {
-    const auto info = QueryPath(path);
+    const auto info = QueryTimes(path);
     if (!info) return std::nullopt;
     return info->status;
 }
 
 std::optional<FileTime> GetLastWriteTime(const std::string& path) {
-    const auto info = QueryPath(path);
+    const auto info = QueryTimes(path);
     if (!info) return std::nullopt;
     return info->status.times.write;
 }
 
 std::optional<FileTimes> GetFileTimes(const std::string& path) {
-    const auto info = QueryPath(path);
+    const auto info = QueryTimes(path);
     if (!info) return std::nullopt;
     return info->status.times;
 }
 
 bool SetFileTimes(const std::string& path, const FileTimes& times) {
+    if (fault::ShouldFail(fault::Step::Time)) {
+        errno = EIO;
+        return false;
+    }
     // Linux has no call that sets a birth time, so times.creation is ignored.
     const timespec values[2] = {ToTimespec(times.access), ToTimespec(times.write)};
     return ::utimensat(AT_FDCWD, path.c_str(), values, 0) == 0;

@@ -1,8 +1,10 @@
 // POSIX implementation of MappedFile: open + fstat + mmap. The descriptor stays
-// open as long as the mapping, as the handle pair does on Windows.
+// open as long as the mapping, as the handle pair does on Windows. The fault
+// seam can fail the read-write open and the mmap.
 
 #include "platform/MappedFile.h"
 
+#include <cerrno>
 #include <cstdint>
 #include <limits>
 #include <utility>
@@ -11,6 +13,8 @@
 #include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
+
+#include "platform/FaultInjection.h"
 
 namespace vliptc::platform {
 
@@ -38,6 +42,10 @@ MappedFile::~MappedFile() {
 MappedFile::Status MappedFile::Open(const std::string& path, Access access) {
     Close();
     const bool writable = access == Access::ReadWrite;
+    if (writable && fault::ShouldFail(fault::Step::Map)) {
+        errno = EACCES;
+        return Status::CannotOpen;
+    }
     // O_NONBLOCK keeps a FIFO at the path from stalling the open; anything
     // that is not a regular file is refused after fstat.
     const int fd = ::open(path.c_str(), (writable ? O_RDWR : O_RDONLY) | O_CLOEXEC | O_NONBLOCK);
@@ -55,6 +63,10 @@ MappedFile::Status MappedFile::Open(const std::string& path, Access access) {
     }
 
     const auto size = static_cast<std::size_t>(st.st_size);
+    if (fault::ShouldFail(fault::Step::Map)) {
+        errno = ENOMEM;
+        return fail(Status::CannotMap);
+    }
     // MAP_SHARED: writes through the map go to the file itself.
     void* data = ::mmap(nullptr, size, writable ? PROT_READ | PROT_WRITE : PROT_READ, MAP_SHARED, fd, 0);
     if (data == MAP_FAILED) return fail(Status::CannotMap);

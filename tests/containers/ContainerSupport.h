@@ -2,8 +2,8 @@
 
 // Shared pieces of the container tests (JPEG, trailer, TIFF and Photoshop):
 // byte builders for IIM blocks, image resources, JPEG segments and trailer
-// chunks, an independent walk of a JPEG's segments and resources, the sweep
-// that fails every file-system step of a writer, and a ready store.
+// chunks, an independent walk of a JPEG's segments and resources, and a
+// ready store.
 
 #include <gtest/gtest.h>
 
@@ -11,7 +11,6 @@
 #include <cctype>
 #include <cstdint>
 #include <filesystem>
-#include <functional>
 #include <initializer_list>
 #include <set>
 #include <string>
@@ -228,51 +227,6 @@ inline std::set<std::string> Listing(const std::string& folder) {
         if (name != "defs") names.insert(name);
     }
     return names;
-}
-
-// Learns the file-system steps of a successful write of the file at path
-// (holding original), then makes each call of each step fail in turn. The
-// original bytes stay at the path with nothing beside them; only when the
-// deletion of the backup fails does the write stand, the backup beside it.
-inline void ExpectEveryFailingStepKeepsTheOriginal(const std::string& path, const Bytes& original,
-                                                   const std::function<CIPTC::EError()>& write) {
-    namespace fault = platform::fault;
-    const std::string folder = path.substr(0, path.find_last_of('/') + 1);
-    const std::string name = path.substr(folder.size());
-    WriteBytes(path, original);
-    fault::StartCounting();
-    ASSERT_EQ(write(), CIPTC::kSuccess);
-    const Bytes written = ReadBytes(path);
-    const std::pair<fault::Step, const char*> steps[] = {{fault::Step::Create, "create"},
-                                                         {fault::Step::Write, "write"},
-                                                         {fault::Step::Rename, "rename"},
-                                                         {fault::Step::Remove, "remove"}};
-    std::vector<int> calls;
-    for (const auto& [step, stepName] : steps) calls.push_back(fault::Calls(step));
-    fault::Reset();
-    EXPECT_EQ(calls[0], 1);  // the temporary file
-    EXPECT_EQ(calls[2], 2);  // the backup, then the new file into place
-    for (std::size_t s = 0; s < std::size(steps); ++s) {
-        const fault::Step step = steps[s].first;
-        for (int n = 1; n <= calls[s]; ++n) {
-            SCOPED_TRACE(name + " " + steps[s].second + " #" + std::to_string(n));
-            WriteBytes(path, original);
-            fault::FailNth(step, n);
-            const CIPTC::EError result = write();
-            fault::Reset();
-            if (step == fault::Step::Remove) {
-                EXPECT_EQ(result, CIPTC::kSuccess);
-                EXPECT_EQ(ReadBytes(path), written);
-                EXPECT_EQ(ReadBytes(path + ".000"), original);
-                EXPECT_EQ(Listing(folder), (std::set<std::string>{name, name + ".000"}));
-                std::filesystem::remove(path + ".000");
-                continue;
-            }
-            EXPECT_EQ(result, step == fault::Step::Rename ? CIPTC::kCannotReplace : CIPTC::kCannotMapOrWrite);
-            EXPECT_EQ(ReadBytes(path), original);
-            EXPECT_EQ(Listing(folder), std::set<std::string>{name});
-        }
-    }
 }
 
 // ---- A store ---------------------------------------------------------------

@@ -140,13 +140,6 @@ TEST_F(TrailerWriter, ReaderAndWriterWalkChunksBackFromTheEnd) {
     }
     EXPECT_EQ(WriteTrailer(File("missing.jpg"), kIim), CIPTC::kCannotOpen);
     EXPECT_EQ(WriteTrailer(m_path, Bytes(65538, 0)), CIPTC::kBlockTooLarge);
-
-    // Growing the file fails: it stays as it was.
-    const Bytes original = Cat({kImage, TrailerChunk(1, Bytes(40, 0x55)), kOther});
-    WriteBytes(m_path, original);
-    platform::fault::FailNth(platform::fault::Step::Resize, 1);
-    EXPECT_EQ(WriteTrailer(m_path, Block(300, 'e')), CIPTC::kCannotMapOrWrite);
-    EXPECT_EQ(ReadBytes(m_path), original);
 }
 
 TEST_F(TrailerWriter, StoreWritesTheTrailerOfACataloguedJpeg) {

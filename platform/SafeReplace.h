@@ -1,18 +1,20 @@
 #pragma once
 
+// Replacing a user's file with new content so that the file is never lost:
+// the new content goes to a temporary file beside it, the original is moved
+// aside to a numbered backup, the new file takes its place, and only then is
+// the backup deleted. Any failure on the way leaves the original bytes at the
+// original path and no temporary file behind.
+
 #include <cstdint>
 #include <span>
 #include <string>
 
-#include "iptc/IPTC.h"
-
 namespace vliptc::platform {
+
 class OutputFile;
-}
 
-namespace vliptc::iptc {
-
-// Guards the replacement of a user's image file. The writer first moves the
+// Guards the replacement of a user's file. The writer first moves the
 // original aside to a numbered backup ("<base><ext>.000", ".001", ... the
 // first name the never-replacing rename accepts), then moves the complete new
 // file to the original path and commits. If the guard is destroyed while the
@@ -49,26 +51,33 @@ private:
     bool m_keepBackup = false;
 };
 
+// How a replacement ended. Each failure leaves the original at its path.
+enum class ReplaceStatus {
+    Replaced,
+    CannotWrite,    // the temporary file could not be created or written
+    CannotReplace,  // the backup or the final move failed
+};
+
 // The steps every replacing writer takes, for the writers to share.
 //
-// Temporary files are made in the image's own folder, so the final move never
+// Temporary files are made in the file's own folder, so the final move never
 // crosses file systems: ".<name>.vliptc-XXXXXX.tmp" (a hidden name made from
-// the image's file name and a unique run, created with O_EXCL).
+// the file's name and a unique run, created with O_EXCL).
 //
 // Creates the temporary file for path in its folder and gives it path's
 // permission bits; false when it cannot be created.
-[[nodiscard]] bool CreateTempBeside(const std::string& path, platform::OutputFile& temp);
+[[nodiscard]] bool CreateTempBeside(const std::string& path, OutputFile& temp);
 
 // Swaps a complete, closed temporary file in for path: numbered backup of the
 // original, move of the temporary file to path, commit (the backup deleted).
-// kCannotReplace when the backup or the move fails; the original is then at
+// CannotReplace when the backup or the move fails; the original is then at
 // path again and the temporary file is removed.
-CIPTC::EError SwapInTempFile(const std::string& path, const std::string& tempPath);
+[[nodiscard]] ReplaceStatus SwapInTempFile(const std::string& path, const std::string& tempPath);
 
 // Writes bytes as the new content of path: a temporary file beside it,
-// written, flushed and closed, then SwapInTempFile. kCannotMapOrWrite when the
+// written, flushed and closed, then SwapInTempFile. CannotWrite when the
 // temporary file cannot be created or written (the original untouched, the
 // temporary file removed).
-CIPTC::EError ReplaceFileContent(const std::string& path, std::span<const std::uint8_t> bytes);
+[[nodiscard]] ReplaceStatus ReplaceFileContent(const std::string& path, std::span<const std::uint8_t> bytes);
 
-}  // namespace vliptc::iptc
+}  // namespace vliptc::platform

@@ -1,7 +1,7 @@
 // The safe-replace guard: the original is moved aside to a numbered backup,
 // and put back unless the writer commits.
 
-#include "iptc/internal/SafeReplace.h"
+#include "platform/SafeReplace.h"
 
 #include <cstdio>
 #include <utility>
@@ -9,7 +9,7 @@
 #include "platform/FileSystem.h"
 #include "platform/OutputFile.h"
 
-namespace vliptc::iptc {
+namespace vliptc::platform {
 
 namespace {
 
@@ -25,8 +25,8 @@ SafeReplace::~SafeReplace() {
     // The writer gave up after the original was moved aside. Whatever sits at
     // the path now is the failed new file (or nothing, when the final move
     // never happened); the backup goes back under its own name.
-    static_cast<void>(platform::RemoveFile(m_path));
-    static_cast<void>(platform::RenameNoReplace(m_backupPath, m_path));
+    static_cast<void>(RemoveFile(m_path));
+    static_cast<void>(RenameNoReplace(m_backupPath, m_path));
 }
 
 std::string SafeReplace::BackupName(const std::string& path, int n) {
@@ -47,7 +47,7 @@ bool SafeReplace::MakeBackup() {
     if (m_pending) return true;
     for (int n = 0; n < kBackupNames; ++n) {
         const std::string candidate = BackupName(m_path, n);
-        if (platform::RenameNoReplace(m_path, candidate)) {
+        if (RenameNoReplace(m_path, candidate)) {
             m_backupPath = candidate;
             m_pending = true;
             return true;
@@ -55,7 +55,7 @@ bool SafeReplace::MakeBackup() {
         // Only a taken name sends us on to the next number. Any other failure
         // (no right to rename in this folder, the file gone, an I/O error)
         // would fail the same way for every name.
-        if (!platform::Exists(candidate)) return false;
+        if (!Exists(candidate)) return false;
     }
     return false;
 }
@@ -64,17 +64,17 @@ void SafeReplace::Commit() {
     if (!m_pending) return;
     // A backup that cannot be deleted stays beside the new file under its
     // numbered name; the write itself has succeeded.
-    if (!m_keepBackup) static_cast<void>(platform::RemoveFile(m_backupPath));
+    if (!m_keepBackup) static_cast<void>(RemoveFile(m_backupPath));
     m_pending = false;
     m_backupPath.clear();
 }
 
-}  // namespace vliptc::iptc
+}  // namespace vliptc::platform
 
 // ---------------------------------------------------------------------------
 // The shared replacement steps
 
-namespace vliptc::iptc {
+namespace vliptc::platform {
 
 namespace {
 
@@ -83,7 +83,7 @@ constexpr const char* kTempMarker = ".vliptc-";
 
 }  // namespace
 
-bool CreateTempBeside(const std::string& path, platform::OutputFile& temp) {
+bool CreateTempBeside(const std::string& path, OutputFile& temp) {
     const std::size_t slash = path.find_last_of('/');
     const std::string folder = slash == std::string::npos ? std::string() : path.substr(0, slash + 1);
     const std::string name = slash == std::string::npos ? path : path.substr(slash + 1);
@@ -92,29 +92,29 @@ bool CreateTempBeside(const std::string& path, platform::OutputFile& temp) {
     return true;
 }
 
-CIPTC::EError SwapInTempFile(const std::string& path, const std::string& tempPath) {
+ReplaceStatus SwapInTempFile(const std::string& path, const std::string& tempPath) {
     SafeReplace guard(path);
     if (!guard.MakeBackup()) {
-        static_cast<void>(platform::RemoveFile(tempPath));
-        return CIPTC::kCannotReplace;
+        static_cast<void>(RemoveFile(tempPath));
+        return ReplaceStatus::CannotReplace;
     }
-    if (!platform::RenameNoReplace(tempPath, path)) {
+    if (!RenameNoReplace(tempPath, path)) {
         // The guard's destructor puts the backup back under path.
-        static_cast<void>(platform::RemoveFile(tempPath));
-        return CIPTC::kCannotReplace;
+        static_cast<void>(RemoveFile(tempPath));
+        return ReplaceStatus::CannotReplace;
     }
     guard.Commit();
-    return CIPTC::kSuccess;
+    return ReplaceStatus::Replaced;
 }
 
-CIPTC::EError ReplaceFileContent(const std::string& path, std::span<const std::uint8_t> bytes) {
-    platform::OutputFile temp;
-    if (!CreateTempBeside(path, temp)) return CIPTC::kCannotMapOrWrite;
+ReplaceStatus ReplaceFileContent(const std::string& path, std::span<const std::uint8_t> bytes) {
+    OutputFile temp;
+    if (!CreateTempBeside(path, temp)) return ReplaceStatus::CannotWrite;
     if (!temp.Write(bytes) || !temp.Close()) {
         temp.Discard();
-        return CIPTC::kCannotMapOrWrite;
+        return ReplaceStatus::CannotWrite;
     }
     return SwapInTempFile(path, temp.Path());
 }
 
-}  // namespace vliptc::iptc
+}  // namespace vliptc::platform
