@@ -12,6 +12,7 @@
 #include <vector>
 
 class CIPTC;
+class CVLEXIF;
 class CVLEngine;
 
 namespace vliptc::editors {
@@ -63,6 +64,12 @@ public:
     // loads and saves the modes and the store's user lists and templates
     // around the call; the sheet only shows.
     virtual bool RunSheet(const SheetRequest& request, EditModes& modes) = 0;
+
+    // Runs the EXIF dialog ("Velora EXIF Viewer") modally over exif: a row per
+    // present field with its formatted text; the writable date fields can be
+    // changed unless viewOnly (which also hides OK). True when it ended with
+    // OK; the dates the user set are then in exif's catalogue.
+    virtual bool RunExifDialog(CVLEXIF& exif, bool viewOnly) = 0;
 
     // Opens the progress window over the range [lower, upper].
     virtual std::unique_ptr<ProgressWindow> OpenProgress(const std::string& title, int lower, int upper) = 0;

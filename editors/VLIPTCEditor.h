@@ -8,16 +8,19 @@
 
 #include <cstdint>
 #include <memory>
-#include <optional>
 #include <string>
 #include <vector>
 
 #include "editors/EditorUI.h"
 #include "host/VLEngine.h"
 #include "iptc/IPTC.h"
-#include "platform/FileSystem.h"
 
 class QWidget;
+
+namespace vliptc::editors::internal {
+class DriverHost;
+struct Selection;
+}  // namespace vliptc::editors::internal
 
 class CVLIPTCEditor {
 public:
@@ -53,29 +56,18 @@ public:
                              std::vector<std::uint32_t>& changed, int flags, QWidget* parent);
 
 private:
-    // The checks before the sheet: fills valid, or returns the result that
-    // ends the call.
-    std::uint32_t CollectValidFiles(const std::vector<std::uint32_t>& fileIds,
-                                    std::vector<std::uint32_t>& valid);
-    // The file the edit was made on, as read before the sheet.
-    struct TemplateFile {
-        std::uint32_t id = 0;
-        CIPTC::FieldList record;
-        std::optional<vliptc::platform::FileTimes> times;  // noted before its first read
-    };
-    std::uint32_t WritePass(const std::vector<std::uint32_t>& valid, const TemplateFile& templateFile,
-                            const vliptc::editors::EditModes& modes, std::vector<std::uint32_t>& changed,
-                            int flags);
+    // The pass over the valid files after OK on the sheet; the template's
+    // record as read before the sheet is templateRecord.
+    std::uint32_t WritePass(const vliptc::editors::internal::Selection& selection,
+                            const CIPTC::FieldList& templateRecord, const vliptc::editors::EditModes& modes,
+                            std::vector<std::uint32_t>& changed);
     // One keyword-like field of the edited record into the store's record.
     void ProcessKeywords(const CIPTC::SIPTCItem* edited, CIPTC& store, int keywordMode);
-    vliptc::editors::Answer Message(unsigned stringId, const std::string& path,
-                                    vliptc::editors::Buttons buttons, vliptc::editors::Icon icon);
 
-    CVLWinEngine* m_engine;
+    // The engine (not owned), the ui and the log.
+    std::unique_ptr<vliptc::editors::internal::DriverHost> m_host;
     std::string m_definitionFolder;
     std::string m_userFolder;
     CIPTC m_iptc;
     bool m_initialized = false;
-    std::unique_ptr<vliptc::editors::EditorUI> m_ownUI;
-    vliptc::editors::EditorUI* m_ui;
 };

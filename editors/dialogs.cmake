@@ -1,4 +1,5 @@
-# The dialogs of the editors (chooser, thesaurus manager, synonym editor, date editor, progress).
+# The dialogs of the editors (chooser, thesaurus manager, synonym editor, date editor, progress,
+# EXIF viewer).
 # Their layouts are Qt Designer forms in resources/; uic turns each into the
 # ui_<Form>.h a source includes.
 set_target_properties(vliptc_editors PROPERTIES
@@ -13,8 +14,10 @@ target_sources(vliptc_editors PRIVATE
   dialogs/DateEditor.cpp
   dialogs/ProgressDialog.cpp
   dialogs/ReturnKey.cpp
+  dialogs/ExifDialog.cpp
   ${PROJECT_SOURCE_DIR}/resources/ChooseElements.ui
   ${PROJECT_SOURCE_DIR}/resources/ThesaurusManager.ui
   ${PROJECT_SOURCE_DIR}/resources/SynonymEditor.ui
   ${PROJECT_SOURCE_DIR}/resources/DateEditor.ui
-  ${PROJECT_SOURCE_DIR}/resources/Progress.ui)
+  ${PROJECT_SOURCE_DIR}/resources/Progress.ui
+  ${PROJECT_SOURCE_DIR}/resources/ExifViewer.ui)

@@ -17,6 +17,7 @@
 #include <QStatusBar>
 #include <QToolBar>
 
+#include "exif/EXIF.h"
 #include "iptc/IPTC.h"
 
 namespace vliptc::host_app {
@@ -25,12 +26,16 @@ namespace {
 
 constexpr int kIdRole = Qt::UserRole + 1;
 
-// Whether the IPTC editor takes files of this name (by extension, as the
-// editor itself decides).
+// Whether one of the editors takes files of this name (by extension, as the
+// editors themselves decide).
 bool IsImageFile(const QString& path) {
-    static const CIPTC formats;
-    return formats.IsSupportedFormat(path.toStdString().c_str());
+    static const CIPTC iptcFormats;
+    static const CVLEXIF exifFormats;
+    const std::string name = path.toStdString();
+    return iptcFormats.IsSupportedFormat(name.c_str()) || exifFormats.IsSupportedFormat(name.c_str());
 }
+
+static_assert(CVLEXIFEditor::kResultAborted == CVLIPTCEditor::kResultAborted);
 
 QString Files(int count) {
     return count == 1 ? MainWindow::tr("1 file") : MainWindow::tr("%1 files").arg(count);
@@ -44,6 +49,7 @@ MainWindow::MainWindow(const HostFolders& folders, QWidget* parent)
       m_engine(folders.log),
       m_ui(this),
       m_iptcEditor(&m_engine, folders.definitions, folders.user, &m_ui),
+      m_exifEditor(&m_engine, &m_ui),
       m_files(new QStandardItemModel(this)),
       m_list(new QListView(this)) {
     setWindowTitle(tr("vliptc-editor"));
@@ -53,7 +59,7 @@ MainWindow::MainWindow(const HostFolders& folders, QWidget* parent)
     m_list->setUniformItemSizes(true);
     setCentralWidget(m_list);
     CreateActions();
-    connect(m_list, &QListView::activated, this, [this] { EditIPTC(); });
+    connect(m_list, &QListView::activated, this, [this] { RunEditor(m_iptcEditor); });
     connect(m_list->selectionModel(), &QItemSelectionModel::selectionChanged, this,
             [this] { UpdateActions(); });
     ReadSettings();
@@ -71,14 +77,14 @@ void MainWindow::CreateActions() {
     file->addAction(tr("E&xit"), this, &QWidget::close)->setShortcut(QKeySequence::Quit);
 
     QMenu* image = menuBar()->addMenu(tr("&Image"));
-    m_editIPTC = image->addAction(tr("Edit &IPTC..."), this, &MainWindow::EditIPTC);
+    m_editIPTC = image->addAction(tr("Edit &IPTC..."), this, [this] { RunEditor(m_iptcEditor); });
     m_editIPTC->setShortcut(tr("Ctrl+I"));
     m_editIPTC->setToolTip(tr("Edit the IPTC information of the selected files"));
-    // The EXIF viewer comes with a later version of the editors library.
-    m_viewEXIF = image->addAction(tr("View &EXIF..."));
-    m_viewEXIF->setToolTip(tr("The EXIF viewer is not yet available"));
-    m_viewEXIF->setStatusTip(m_viewEXIF->toolTip());
-    m_viewEXIF->setEnabled(false);
+    m_viewEXIF = image->addAction(tr("View &EXIF..."), this, [this] { RunEditor(m_exifEditor); });
+    m_viewEXIF->setShortcut(tr("Ctrl+E"));
+    m_viewEXIF->setToolTip(
+        tr("Show the EXIF data of the current file; its dates can be changed in the "
+           "selected files"));
 
     QMenu* options = menuBar()->addMenu(tr("&Options"));
     m_keepTimes = options->addAction(tr("&Keep file times"));
@@ -125,7 +131,7 @@ void MainWindow::AddFile(const QString& path) {
 void MainWindow::OpenFiles() {
     const QStringList paths = QFileDialog::getOpenFileNames(
         this, tr("Open Files"), m_lastFolder,
-        tr("Images (*.jpg *.jpeg *.jpe *.tif *.tiff *.psd *.crw);;All files (*)"));
+        tr("Images (*.jpg *.jpeg *.jpe *.jfif *.tif *.tiff *.psd *.crw *.nef *.thm);;All files (*)"));
     if (paths.isEmpty()) return;
     m_lastFolder = QFileInfo(paths.front()).absolutePath();
     AddPaths(paths);
@@ -138,7 +144,8 @@ void MainWindow::OpenFolder() {
     AddPaths({folder});
 }
 
-void MainWindow::EditIPTC() {
+template <typename Editor>
+void MainWindow::RunEditor(Editor& editor) {
     QModelIndexList rows = m_list->selectionModel()->selectedRows();
     if (rows.isEmpty()) return;
     std::sort(rows.begin(), rows.end(),
@@ -151,8 +158,8 @@ void MainWindow::EditIPTC() {
         current.isValid() && rows.contains(current) ? current.data(kIdRole).toUInt() : ids.front();
 
     std::vector<std::uint32_t> changed;
-    const int flags = m_keepTimes->isChecked() ? CVLIPTCEditor::kFlagKeepFileTimes : 0;
-    const std::uint32_t result = m_iptcEditor.ShowEditor(ids, templateId, changed, flags, this);
+    const int flags = m_keepTimes->isChecked() ? Editor::kFlagKeepFileTimes : 0;
+    const std::uint32_t result = editor.ShowEditor(ids, templateId, changed, flags, this);
     ReportEdit(result, changed.size());
 }
 
@@ -163,7 +170,7 @@ void MainWindow::ReportEdit(std::uint32_t result, std::size_t changed) {
             statusBar()->showMessage(count == 0 ? tr("No file was changed.")
                                                 : tr("%1 changed.").arg(Files(count)));
             return;
-        case CVLIPTCEditor::kResultAborted:
+        case CVLIPTCEditor::kResultAborted:  // CVLEXIFEditor's too
             statusBar()->showMessage(tr("Stopped; %1 changed.").arg(Files(count)));
             return;
         case CVLIPTCEditor::kResultNotInitialized:
@@ -176,6 +183,10 @@ void MainWindow::ReportEdit(std::uint32_t result, std::size_t changed) {
             QMessageBox::warning(this, windowTitle(),
                                  tr("The IPTC data of the template file could not be read."));
             return;
+        case CVLEXIFEditor::kResultTemplateUnreadable:
+            QMessageBox::warning(this, windowTitle(),
+                                 tr("The EXIF data of the template file could not be read."));
+            return;
         default: {
             const std::string text = CVLReferenceEngine::ErrorText(result);
             QMessageBox::warning(
@@ -185,7 +196,11 @@ void MainWindow::ReportEdit(std::uint32_t result, std::size_t changed) {
     }
 }
 
-void MainWindow::UpdateActions() { m_editIPTC->setEnabled(m_list->selectionModel()->hasSelection()); }
+void MainWindow::UpdateActions() {
+    const bool selected = m_list->selectionModel()->hasSelection();
+    m_editIPTC->setEnabled(selected);
+    m_viewEXIF->setEnabled(selected);
+}
 
 void MainWindow::ReadSettings() {
     const QSettings settings;

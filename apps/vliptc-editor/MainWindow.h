@@ -2,8 +2,8 @@
 
 // The desktop host's window: the files given to it (from the command line,
 // a folder or the Open dialog) in a list, and the editors run on the
-// selection. Each file is catalogued once in a reference engine, whose log
-// goes to the user folder.
+// selection: the IPTC editor, and the EXIF viewer that edits dates. Each file
+// is catalogued once in a reference engine, whose log goes to the user folder.
 
 #include <cstdint>
 #include <map>
@@ -11,6 +11,7 @@
 #include <QMainWindow>
 
 #include "apps/vliptc-editor/HostFolders.h"
+#include "editors/VLEXIFEditor.h"
 #include "editors/VLIPTCEditor.h"
 #include "editors/qt/QtEditorUI.h"
 #include "host/ReferenceEngine.h"
@@ -38,7 +39,9 @@ private:
     void CreateActions();
     void OpenFiles();
     void OpenFolder();
-    void EditIPTC();
+    // Runs an editor (CVLIPTCEditor or CVLEXIFEditor) on the selection.
+    template <typename Editor>
+    void RunEditor(Editor& editor);
     void ReportEdit(std::uint32_t result, std::size_t changed);
     void UpdateActions();
     void AddFile(const QString& path);
@@ -49,6 +52,7 @@ private:
     CVLReferenceEngine m_engine;
     editors::QtEditorUI m_ui;
     CVLIPTCEditor m_iptcEditor;
+    CVLEXIFEditor m_exifEditor;
     std::map<QString, std::uint32_t> m_ids;  // absolute path -> catalogue id
     QStandardItemModel* m_files;
     QListView* m_list;

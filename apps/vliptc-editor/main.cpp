@@ -1,5 +1,6 @@
-// vliptc-editor: a small desktop host for the IPTC editor. The files and
-// folders named on the command line are listed at the start.
+// vliptc-editor: a small desktop host for the IPTC editor and the EXIF
+// viewer. The files and folders named on the command line are listed at the
+// start.
 
 #include <QApplication>
 #include <QCommandLineParser>
@@ -14,7 +15,7 @@ int main(int argc, char** argv) {
     QCoreApplication::setApplicationVersion(VLIPTC_VERSION);
 
     QCommandLineParser parser;
-    parser.setApplicationDescription("Edits the IPTC information of image files.");
+    parser.setApplicationDescription("Edits the IPTC information and the EXIF dates of image files.");
     parser.addHelpOption();
     parser.addVersionOption();
     const QCommandLineOption defs("defs", "Read the tag definitions (vliptctags.ipt) from DIR.", "DIR");

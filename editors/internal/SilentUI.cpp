@@ -19,6 +19,8 @@ Answer SilentUI::ShowMessage(unsigned, const std::string&, Buttons buttons, Icon
 
 bool SilentUI::RunSheet(const SheetRequest&, EditModes&) { return false; }
 
+bool SilentUI::RunExifDialog(CVLEXIF&, bool) { return false; }
+
 std::unique_ptr<ProgressWindow> SilentUI::OpenProgress(const std::string&, int, int) {
     return std::make_unique<SilentProgress>();
 }

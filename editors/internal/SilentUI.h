@@ -10,6 +10,7 @@ class SilentUI final : public EditorUI {
 public:
     Answer ShowMessage(unsigned stringId, const std::string& text, Buttons buttons, Icon icon) override;
     bool RunSheet(const SheetRequest& request, EditModes& modes) override;
+    bool RunExifDialog(CVLEXIF& exif, bool viewOnly) override;
     std::unique_ptr<ProgressWindow> OpenProgress(const std::string& title, int lower, int upper) override;
     void BeginWaitCursor() override {}
     void EndWaitCursor() override {}

@@ -7,6 +7,7 @@
 
 #include "editors/Settings.h"
 #include "editors/StringTable.h"
+#include "editors/dialogs/ExifDialog.h"
 #include "editors/dialogs/ProgressDialog.h"
 #include "editors/sheet/IPTCPropertySheet.h"
 #include "editors/sheet/MessageBox.h"
@@ -36,6 +37,13 @@ bool QtEditorUI::RunSheet(const SheetRequest& request, EditModes& modes) {
     const bool confirmed = sheet.exec() == QDialog::Accepted;
     modes = sheet.Modes();
     return confirmed;
+}
+
+bool QtEditorUI::RunExifDialog(CVLEXIF& exif, bool viewOnly) {
+    const auto settings = OpenApplicationProfile();
+    Profile profile(*settings);
+    ExifDialog dialog(exif, viewOnly, profile, m_owner);
+    return dialog.exec() == QDialog::Accepted;
 }
 
 std::unique_ptr<ProgressWindow> QtEditorUI::OpenProgress(const std::string& title, int lower, int upper) {

@@ -1,8 +1,8 @@
 #pragma once
 
 // The editors' user interface on Qt Widgets: message boxes with the numbered
-// strings, the IPTC property sheet, the progress dialog, the wait cursor, and
-// the edit modes in the application profile.
+// strings, the IPTC property sheet, the EXIF viewer, the progress dialog, the
+// wait cursor, and the edit modes in the application profile.
 
 #include "editors/EditorUI.h"
 
@@ -18,6 +18,7 @@ public:
 
     Answer ShowMessage(unsigned stringId, const std::string& text, Buttons buttons, Icon icon) override;
     bool RunSheet(const SheetRequest& request, EditModes& modes) override;
+    bool RunExifDialog(CVLEXIF& exif, bool viewOnly) override;
     std::unique_ptr<ProgressWindow> OpenProgress(const std::string& title, int lower, int upper) override;
     void BeginWaitCursor() override;
     void EndWaitCursor() override;

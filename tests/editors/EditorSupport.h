@@ -1,6 +1,6 @@
 #pragma once
 
-// The IPTC editor run headless: a UI whose answers are scripted and which
+// The editors run headless: a UI whose answers are scripted and which
 // writes down everything shown, on the reference engine over files in a
 // temporary folder.
 
@@ -31,7 +31,7 @@ using editors::Icon;
 using editors::SheetRequest;
 
 // Events: "msg 208 information", "ask 201 question yes", "sheet 2 of 3"
-// (template id, valid files), "drain", "progress 0..3", "text Processing
+// (template id, valid files), "exif dialog edit" (or "view"), "drain", "progress 0..3", "text Processing
 // PATH", "pos 0".
 class ScriptedUI final : public editors::EditorUI {
 public:
@@ -42,6 +42,9 @@ public:
     std::function<bool(const SheetRequest&, EditModes&)> sheet = [](const SheetRequest&, EditModes&) {
         return false;
     };
+    // The EXIF dialog: edits the catalogue; true for OK. Cancels by default.
+    std::function<bool(CVLEXIF&)> exifDialog = [](CVLEXIF&) { return false; };
+    std::string progressTitle = "Velora IPTC Editor";  // the title the progress window must have
     int cancelAtPos = -1;  // Cancel is pressed after the progress window reached this position
     EditModes storedModes;
     std::optional<EditModes> savedModes;
@@ -71,10 +74,15 @@ public:
         return sheet(request, modes);
     }
 
+    bool RunExifDialog(CVLEXIF& exif, bool viewOnly) override {
+        events.push_back(std::string("exif dialog") + (viewOnly ? " view" : " edit"));
+        return exifDialog(exif);
+    }
+
     std::unique_ptr<editors::ProgressWindow> OpenProgress(const std::string& title, int lower,
                                                           int upper) override {
         events.push_back("progress " + std::to_string(lower) + ".." + std::to_string(upper));
-        EXPECT_EQ(title, "Velora IPTC Editor");
+        EXPECT_EQ(title, progressTitle);
         return std::make_unique<Progress>(*this);
     }
 

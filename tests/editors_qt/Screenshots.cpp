@@ -15,11 +15,14 @@
 #include "editors/Settings.h"
 #include "editors/StringTable.h"
 #include "editors/dialogs/DateEditor.h"
+#include "editors/dialogs/ExifDialog.h"
 #include "editors/dialogs/KeywordChooser.h"
 #include "editors/dialogs/ProgressDialog.h"
 #include "editors/dialogs/SynonymEditor.h"
 #include "editors/dialogs/ThesaurusManager.h"
+#include "exif/EXIF.h"
 #include "iptc/IPTC.h"
+#include "tests/support/Corpus.h"
 #include "tests/support/TempDir.h"
 
 namespace vliptc::test {
@@ -97,6 +100,16 @@ TEST_F(Screenshots, Dialogs) {
     progress.SetText(FormatText(StringText(300), {"/home/photos/2024/harbour.jpg"}));
     progress.SetPos(2);
     Save(progress, "progress");
+}
+
+TEST_F(Screenshots, ExifViewer) {
+    VLIPTC_SKIP_WITHOUT_CORPUS();
+    CVLEXIF exif;
+    ASSERT_EQ(exif.LoadFile((kCorpus + "jpeg/ian_Canon_40D.jpg").c_str()), CVLEXIF::errOK);
+    QSettings settings;
+    Profile profile(settings);
+    ExifDialog dialog(exif, false, profile);
+    Save(dialog, "exif-viewer");
 }
 
 TEST_F(Screenshots, Host) {
