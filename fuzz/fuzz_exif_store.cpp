@@ -1,19 +1,24 @@
 // CVLEXIF::StoreFile on a fuzzed file, written as the library writes: in
 // place, in a private temporary folder. The first input byte picks the name
 // (".jpg", ".tif" or ".psd"; the content decides the container), the rest is
-// the file. It is loaded, its three dates are set to texts of the date form,
+// the file. It is loaded, its three dates are set to texts of 19 characters,
 // and stored. Then:
 //   - the result is errOK, errFormat or errNoEXIF, and the size is unchanged;
 //   - a failed store leaves every byte;
-//   - every byte that changed lies in a window of 20 bytes that now holds
-//     one of the texts and a zero;
+//   - every byte that changed lies in a 20-byte window inside the file that
+//     was written with one of the texts and a zero. The dates' values may
+//     overlap in a hostile file, so a later window can cover part of an
+//     earlier one; the texts draw on three disjoint alphabets, so each written
+//     character names its text and its place, and with it the window's start;
 //   - TIFF data is exactly the original with each text written at its date's
 //     value as FindTag locates it in the original bytes, when that entry is
 //     ASCII of at least 20 characters lying inside the file.
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <fstream>
 #include <iterator>
+#include <optional>
 #include <span>
 #include <string>
 #include <vector>
@@ -31,30 +36,56 @@ using Bytes = std::vector<std::uint8_t>;
 
 constexpr CVLEXIF::EFieldTags kDates[] = {CVLEXIF::kDateTime, CVLEXIF::kDateTimeOriginal,
                                           CVLEXIF::kDateTimeDigitized};
-// The texts written, each with its zero: 20 bytes.
-const std::string kTexts[] = {std::string("2001:02:03 04:05:06") + '\0',
-                              std::string("2011:12:13 14:15:16") + '\0',
-                              std::string("2021:10:20 20:30:40") + '\0'};
+// The texts written, each with its zero: 20 bytes. The library writes any
+// 19 characters; no character is in two texts or twice in one.
+const std::string kTexts[] = {std::string("ABCDEFGHIJKLMNOPQRS") + '\0',
+                              std::string("abcdefghijklmnopqrs") + '\0',
+                              std::string("0123456789!#$%&()*+") + '\0'};
 constexpr std::size_t kWindow = 20;
 constexpr std::size_t kMinStoreFileBytes = 128;
 
-bool HoldsText(const Bytes& file, std::size_t at) {
-    for (const std::string& text : kTexts) {
-        if (at + kWindow <= file.size() && std::equal(text.begin(), text.end(), file.begin() + at))
-            return true;
+// A written window: where it starts and which text it holds.
+struct Window {
+    std::size_t at;
+    std::size_t text;
+};
+
+// The window a written character belongs to, if it is one of the texts'.
+std::optional<Window> WindowOf(std::uint8_t byte, std::size_t position) {
+    for (std::size_t t = 0; t < std::size(kTexts); ++t) {
+        const std::size_t k = kTexts[t].find(static_cast<char>(byte));
+        if (k < kWindow - 1 && k <= position) return Window{position - k, t};
     }
-    return false;
+    return std::nullopt;
 }
 
-// Every changed byte lies in a window that now holds one of the texts.
+// Every changed byte is a character of a window lying inside the file, or a
+// zero that ends one (after a character or another window's zero). Each
+// window's bytes hold its text, except where a later window wrote over them.
 void CheckChangesInWindows(const Bytes& before, const Bytes& after) {
+    std::vector<Window> windows;
+    std::vector<bool> written(after.size(), false);
     for (std::size_t i = 0; i < after.size(); ++i) {
         if (after[i] == before[i]) continue;
-        bool covered = false;
-        for (std::size_t at = i >= kWindow - 1 ? i - (kWindow - 1) : 0; at <= i && !covered; ++at) {
-            covered = HoldsText(after, at);
+        if (after[i] == 0) {
+            Check(i >= kWindow - 1 && (WindowOf(after[i - 1], i - 1) || after[i - 1] == 0));
+            written[i] = true;
+            continue;
         }
-        Check(covered);
+        const auto window = WindowOf(after[i], i);
+        Check(window.has_value() && window->at + kWindow <= after.size());
+        windows.push_back(*window);
+    }
+    for (const Window& window : windows) {
+        for (std::size_t k = 0; k < kWindow; ++k) written[window.at + k] = true;
+    }
+    for (const Window& window : windows) {
+        for (std::size_t k = 0; k < kWindow; ++k) {
+            const std::uint8_t byte = after[window.at + k];
+            const auto owner = WindowOf(byte, window.at + k);
+            Check(byte == static_cast<std::uint8_t>(kTexts[window.text][k]) || byte == 0 ||
+                  (owner && written[owner->at]));
+        }
     }
 }
 

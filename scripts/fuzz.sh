@@ -6,6 +6,8 @@
 # Exits non-zero when a target finds a crash, a hang or runaway memory; the
 # input is left in build-asan/fuzzing/findings/<target>/.
 #   scripts/fuzz.sh SECONDS [TARGET...]
+# Each run draws a new seed for the mutations, unless VLIPTC_FUZZ_SEED fixes
+# one (./test.sh does, so that its short run repeats from machine to machine).
 # (A lean fuzz-only build without Qt and the tests is still there for fuzzing by
 # hand: cmake -DVLIPTC_LIBFUZZER=ON with clang, in a folder of your own.)
 set -euo pipefail
@@ -27,9 +29,11 @@ for t in "${targets[@]}"; do
   log=$out/$t.log
   mkdir -p "$work" "$findings"
   cp -n fuzz/corpus/"$t"/* "$work"/ 2>/dev/null || true
+  seed=()
+  [ -n "${VLIPTC_FUZZ_SEED:-}" ] && seed=(-seed="$VLIPTC_FUZZ_SEED")
   dict=()
   [ -f fuzz/dict/"$t".dict ] && dict=(-dict=fuzz/dict/"$t".dict)
-  if UBSAN_OPTIONS=print_stacktrace=1 build-asan/fuzz/"$t" "$work" "${dict[@]}" \
+  if UBSAN_OPTIONS=print_stacktrace=1 build-asan/fuzz/"$t" "$work" "${dict[@]}" "${seed[@]}" \
        -max_total_time="$seconds" -timeout=10 -rss_limit_mb=2048 -max_len=1048576 \
        -artifact_prefix="$findings/" -print_final_stats=1 >"$log" 2>&1; then
     echo "fuzz: $t: $(grep -m1 -o 'stat::number_of_executed_units: *[0-9]*' "$log" | grep -o '[0-9]*$') runs in ${seconds}s, no findings"
