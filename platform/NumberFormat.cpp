@@ -2,8 +2,11 @@
 
 #include <climits>
 #include <cstddef>
+#include <cstdlib>
 #include <locale>
+#include <optional>
 #include <stdexcept>
+#include <string>
 
 #include "platform/Charset.h"
 
@@ -94,9 +97,17 @@ std::string WithSign(const std::string& body, unsigned negativeOrder) {
     }
 }
 
-}  // namespace
+// The names that choose the numeric locale, as the C library reads them.
+std::string LocaleNames() {
+    std::string names;
+    for (const char* variable : {"LC_ALL", "LC_NUMERIC", "LANG"}) {
+        const char* value = std::getenv(variable);
+        names.append(value != nullptr ? value : "").push_back('\n');
+    }
+    return names;
+}
 
-NumberFormat UserNumberFormat() {
+NumberFormat ReadUserNumberFormat() {
     std::locale locale = std::locale::classic();
     try {
         locale = std::locale("");
@@ -109,6 +120,21 @@ NumberFormat UserNumberFormat() {
     format.thousandSeparator = Separator(punctuation.thousands_sep(), kNoBreakSpace);
     format.grouping = GroupingCode(punctuation.grouping());
     return format;
+}
+
+}  // namespace
+
+NumberFormat UserNumberFormat() {
+    // Building a locale opens its files: a few hundred microseconds, paid once
+    // per thread until the environment names another locale.
+    thread_local std::string names;
+    thread_local std::optional<NumberFormat> format;
+    std::string current = LocaleNames();
+    if (!format || current != names) {
+        format = ReadUserNumberFormat();
+        names = std::move(current);
+    }
+    return *format;
 }
 
 std::optional<std::string> FormatNumber(std::string_view number, const NumberFormat& format) {

@@ -27,7 +27,8 @@ struct NumberFormat {
 
 // The format of the user's default locale: the C++ locale the environment
 // names (LC_ALL, LC_NUMERIC, LANG), or the classic "C" locale when the
-// environment names one that is not installed. Read anew on each call. The
+// environment names one that is not installed. Read again whenever LC_ALL,
+// LC_NUMERIC or LANG has changed since the thread's last call. The
 // locale states the separators and the grouping (no grouping in "C"); the
 // fractional digits, the leading zero and the negative order keep the
 // defaults above, which a C++ locale does not state. Separators are
