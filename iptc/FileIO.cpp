@@ -3,6 +3,7 @@
 // companion rule.
 
 #include <algorithm>
+#include <array>
 #include <initializer_list>
 #include <memory>
 #include <optional>
@@ -28,9 +29,12 @@ constexpr std::uint8_t kJpegFirst = 0xFF;
 constexpr std::uint8_t kJpegSOI = 0xD8;
 constexpr std::uint32_t kTrailerMagic = 0xA1B2C3D4;
 
-bool EndsWithTrailerMagic(std::span<const std::uint8_t> file) {
-    return file.size() >= 4 && vliptc::bytes::Read32(file, file.size() - 4,
-                                                     vliptc::bytes::ByteOrder::kBigEndian) == kTrailerMagic;
+// Read through the file: the end of a large image is far from its headers,
+// and mapping a page there for four bytes costs more than the read.
+bool EndsWithTrailerMagic(const vliptc::platform::MappedFile& map) {
+    std::array<std::uint8_t, 4> tail{};
+    return map.ReadAt(map.Size() - std::min(map.Size(), tail.size()), tail) &&
+           vliptc::bytes::Read32(tail, 0, vliptc::bytes::ByteOrder::kBigEndian) == kTrailerMagic;
 }
 
 bool StartsWith(std::span<const std::uint8_t> file, std::initializer_list<std::uint8_t> magic) {
@@ -104,7 +108,7 @@ CIPTC::EError CIPTC::ReadIPTCBlob(const char* path, SIPTCFormatInfo& format) {
     // A trailer chunk is looked at first: a file that carries one has it
     // written together with its own container, and it is what the writer
     // updates first for format 3.
-    if (EndsWithTrailerMagic(file)) {
+    if (EndsWithTrailerMagic(map)) {
         const LocateResult located = vliptc::iptc::LocateInTrailer(file);
         if (located.error == kSuccess && decodeFirst(located)) {
             format = SIPTCFormatInfo{kFormatTrailer, located.bigEndian};

@@ -36,6 +36,13 @@ public:
     std::uint8_t* MutableData() noexcept { return m_writable ? m_data : nullptr; }
     std::span<const std::uint8_t> Bytes() const noexcept { return {m_data, m_size}; }
 
+    // Copies out.size() bytes at offset through the file rather than the
+    // mapping; false when they do not all lie in the file. A look at a few
+    // bytes far from the rest of the reading (the end of a large file) costs a
+    // read of the page cache, not a page fault and the mapping of the pages
+    // around it.
+    bool ReadAt(std::size_t offset, std::span<std::uint8_t> out) const noexcept;
+
 private:
     int m_fd = -1;
     std::uint8_t* m_data = nullptr;

@@ -78,6 +78,18 @@ MappedFile::Status MappedFile::Open(const std::string& path, Access access) {
     return Status::Ok;
 }
 
+bool MappedFile::ReadAt(std::size_t offset, std::span<std::uint8_t> out) const noexcept {
+    if (m_fd < 0 || offset > m_size || out.size() > m_size - offset) return false;
+    std::size_t done = 0;
+    while (done < out.size()) {
+        const ssize_t got = ::pread(m_fd, out.data() + done, out.size() - done, static_cast<off_t>(offset + done));
+        if (got < 0 && errno == EINTR) continue;
+        if (got <= 0) return false;
+        done += static_cast<std::size_t>(got);
+    }
+    return true;
+}
+
 void MappedFile::Close() noexcept {
     if (m_data != nullptr) ::munmap(m_data, m_size);
     if (m_fd >= 0) ::close(m_fd);

@@ -4,6 +4,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <array>
+#include <cstdint>
 #include <string>
 #include <utility>
 
@@ -36,6 +38,26 @@ TEST(MappedFile, WriteThroughMapReachesFile) {
     file.Close();
     EXPECT_FALSE(file.IsOpen());
     EXPECT_EQ(ReadFile(dir.File("f")), "Jello worlD");
+}
+
+TEST(MappedFile, ReadAtStaysInsideTheFile) {
+    TempDir dir;
+    WriteFile(dir.File("f"), "hello world");
+    MappedFile file;
+    std::array<std::uint8_t, 5> out{};
+    EXPECT_FALSE(file.ReadAt(0, out));  // not open
+    ASSERT_EQ(file.Open(dir.File("f"), Access::ReadOnly), Status::Ok);
+    struct Case {
+        std::size_t offset;
+        bool ok;
+    };
+    for (const Case c : {Case{0, true}, Case{6, true}, Case{7, false}, Case{11, false}, Case{SIZE_MAX, false}}) {
+        out.fill(0);
+        EXPECT_EQ(file.ReadAt(c.offset, out), c.ok) << c.offset;
+        if (c.ok) {
+            EXPECT_EQ(std::string(out.begin(), out.end()), std::string("hello world").substr(c.offset, 5));
+        }
+    }
 }
 
 TEST(MappedFile, FailuresLeaveItClosed) {
