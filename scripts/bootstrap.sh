@@ -8,6 +8,8 @@ packages=(
   clang libclang-rt-14-dev            # libFuzzer and the sanitizers
   googletest libgtest-dev libgmock-dev
   libbenchmark-dev
+  libexiv2-dev libiptcdata0-dev       # the peers the comparison benchmarks measure (bench/harness/)
+  python3                             # scripts/bench.sh's table
   nlohmann-json3-dev                  # JSON of the corpus oracle and of exiftool in the container tests
   libimage-exiftool-perl exiv2        # interop: files we write are read back by both
   libjpeg-turbo-progs                 # djpeg: decoded pixels stay identical after a write
