@@ -57,11 +57,12 @@ inline constexpr std::uint64_t kMaxExifBytesPerRead = 256u * 1024 * 1024;
 // reader's walk of a Photoshop file's resources, as a broken block does.
 inline constexpr std::uint32_t kMaxExifResourceBytes = 20971520;
 
-// The IPTC writers that rebuild a file (JPEG, TIFF, Photoshop) hold the old
-// and the new file in memory at once and write the new one out whole. A file
-// larger than this (4 GiB less one byte: what the host's memory file with its
-// 32-bit sizes and a classic TIFF's offsets can address) is refused before
-// anything is built, as "cannot be mapped or written".
+// The IPTC writers that rebuild a file (JPEG, TIFF, Photoshop) write the new
+// one out whole: the JPEG and Photoshop writers build it in memory, the TIFF
+// writer writes it in chunks from a description. A file larger than this
+// (4 GiB less one byte: what the host's memory file with its 32-bit sizes and
+// a classic TIFF's offsets can address) is refused before anything is built,
+// as "cannot be mapped or written".
 inline constexpr std::uint64_t kMaxRewrittenFileBytes = 0xFFFFFFFF;
 
 // The imaging stand-in (LBitmap::Load) reads a file whole, as an image

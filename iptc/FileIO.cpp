@@ -9,6 +9,7 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <vector>
 
 #include "host/ByteOrder.h"
 #include "iptc/IPTC.h"
@@ -28,6 +29,9 @@ using vliptc::iptc::LocateResult;
 constexpr std::uint8_t kJpegFirst = 0xFF;
 constexpr std::uint8_t kJpegSOI = 0xD8;
 constexpr std::uint32_t kTrailerMagic = 0xA1B2C3D4;
+// How much of a file the reader reads, step by step, before it falls back to
+// mapping it.
+constexpr std::array<std::size_t, 2> kHeadBytes{16 * 1024, 128 * 1024};
 
 // Read through the file: the end of a large image is far from its headers,
 // and mapping a page there for four bytes costs more than the read.
@@ -88,11 +92,11 @@ CIPTC::EError CIPTC::ReadIPTCBlob(const char* path, SIPTCFormatInfo& format) {
     format = SIPTCFormatInfo{};
 
     vliptc::platform::MappedFile map;
-    const EError opened = vliptc::iptc::MapFile(*target, vliptc::platform::MappedFile::Access::ReadOnly, map);
+    const EError opened =
+        vliptc::iptc::OpenResult(map.OpenFile(*target, vliptc::platform::MappedFile::Access::ReadOnly));
     if (opened != kSuccess) return opened;
-    const auto file = map.Bytes();
 
-    auto decodeFirst = [this, file](const LocateResult& located) {
+    auto decodeFirst = [this](std::span<const std::uint8_t> file, const LocateResult& located) {
         for (const BlockLocation& location : located.candidates) {
             const auto region = vliptc::bytes::Slice(file, location.offset, location.size);
             if (!region) continue;
@@ -104,29 +108,61 @@ CIPTC::EError CIPTC::ReadIPTCBlob(const char* path, SIPTCFormatInfo& format) {
         }
         return false;
     };
+    auto decodeLocated = [&](std::span<const std::uint8_t> file, EFormat container,
+                             const LocateResult& located) {
+        format = SIPTCFormatInfo{container, located.bigEndian};
+        if (located.error != kSuccess) return located.error;
+        // A container whose IPTC places hold nothing decodable (an APP13 without
+        // resource 0x0404, an entry of record-1 data only) has no IPTC block.
+        if (decodeFirst(file, located)) return kSuccess;
+        ResetFields();
+        return kNoIPTCBlock;
+    };
 
     // A trailer chunk is looked at first: a file that carries one has it
     // written together with its own container, and it is what the writer
     // updates first for format 3.
-    if (EndsWithTrailerMagic(map)) {
+    const bool trailer = EndsWithTrailerMagic(map);
+
+    // A JPEG's record lies in the segments before its scan, which nearly
+    // always begin within the first few kilobytes: those bytes are read into
+    // memory, first 16 KB, then 128 KB, and the file is mapped only when the
+    // walk runs past them (a file no longer than that is read whole, whatever
+    // its container). Reading is cheaper than mapping for so little, and
+    // unlike mapping it does not make threads that read files side by side
+    // wait for each other.
+    if (!trailer) {
+        thread_local std::vector<std::uint8_t> head(kHeadBytes.back());
+        std::size_t have = 0;
+        for (const std::size_t want : kHeadBytes) {
+            const std::span<std::uint8_t> read(head.data(), std::min(want, map.Size()));
+            if (!map.ReadAt(have, read.subspan(have))) break;
+            have = read.size();
+            const auto container = ContainerOf(read);
+            if (read.size() == map.Size()) {
+                if (!container) return kUnsupportedFormat;
+                return decodeLocated(read, *container, Locate(*container, read));
+            }
+            if (container != kFormatJPEG) break;
+            const LocateResult located = vliptc::iptc::LocateInJPEG(read);
+            if (located.examined < read.size()) return decodeLocated(read, kFormatJPEG, located);
+        }
+    }
+
+    const EError mapped = vliptc::iptc::OpenResult(map.Map());
+    if (mapped != kSuccess) return mapped;
+    const auto file = map.Bytes();
+    if (trailer) {
         const LocateResult located = vliptc::iptc::LocateInTrailer(file);
-        if (located.error == kSuccess && decodeFirst(located)) {
+        if (located.error == kSuccess && decodeFirst(file, located)) {
             format = SIPTCFormatInfo{kFormatTrailer, located.bigEndian};
             return kSuccess;
         }
         ResetFields();
     }
-
     const auto container = ContainerOf(file);
     if (!container) return kUnsupportedFormat;
-    const LocateResult located = Locate(*container, file);
-    format = SIPTCFormatInfo{*container, located.bigEndian};
-    if (located.error != kSuccess) return located.error;
-    // A container whose IPTC places hold nothing decodable (an APP13 without
-    // resource 0x0404, an entry of record-1 data only) has no IPTC block.
-    if (decodeFirst(located)) return kSuccess;
-    ResetFields();
-    return kNoIPTCBlock;
+    return decodeLocated(file, *container, Locate(*container, file));
 }
 
 CIPTC::EError CIPTC::WriteIPTCBlob(const char* path, const SIPTCFormatInfo& format) {

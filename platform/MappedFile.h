@@ -26,7 +26,14 @@ public:
     MappedFile& operator=(MappedFile&& other) noexcept;
     ~MappedFile();
 
+    // OpenFile, then Map.
     [[nodiscard]] Status Open(const std::string& path, Access access);
+    // The two steps of Open, for a reader that may get by with ReadAt alone:
+    // OpenFile opens a regular, non-empty file and learns its size (Bytes()
+    // stays empty); Map maps what OpenFile opened (CannotMap when it fails,
+    // or when nothing is open).
+    [[nodiscard]] Status OpenFile(const std::string& path, Access access);
+    [[nodiscard]] Status Map();
     void Close() noexcept;
 
     bool IsOpen() const noexcept { return m_data != nullptr; }

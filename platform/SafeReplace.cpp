@@ -107,14 +107,21 @@ ReplaceStatus SwapInTempFile(const std::string& path, const std::string& tempPat
     return ReplaceStatus::Replaced;
 }
 
-ReplaceStatus ReplaceFileContent(const std::string& path, std::span<const std::uint8_t> bytes) {
+std::optional<std::string> WriteTempBeside(const std::string& path,
+                                           const std::function<bool(OutputFile&)>& write) {
     OutputFile temp;
-    if (!CreateTempBeside(path, temp)) return ReplaceStatus::CannotWrite;
-    if (!temp.Write(bytes) || !temp.Close()) {
+    if (!CreateTempBeside(path, temp)) return std::nullopt;
+    if (!write(temp) || !temp.Close()) {
         temp.Discard();
-        return ReplaceStatus::CannotWrite;
+        return std::nullopt;
     }
-    return SwapInTempFile(path, temp.Path());
+    return temp.Path();
+}
+
+ReplaceStatus ReplaceFileContent(const std::string& path, std::span<const std::uint8_t> bytes) {
+    const auto temp = WriteTempBeside(path, [bytes](OutputFile& out) { return out.Write(bytes); });
+    if (!temp) return ReplaceStatus::CannotWrite;
+    return SwapInTempFile(path, *temp);
 }
 
 }  // namespace vliptc::platform

@@ -7,6 +7,8 @@
 // original path and no temporary file behind.
 
 #include <cstdint>
+#include <functional>
+#include <optional>
 #include <span>
 #include <string>
 
@@ -67,6 +69,12 @@ enum class ReplaceStatus {
 // Creates the temporary file for path in its folder and gives it path's
 // permission bits; false when it cannot be created.
 [[nodiscard]] bool CreateTempBeside(const std::string& path, OutputFile& temp);
+
+// Creates the temporary file for path (CreateTempBeside), lets write fill it
+// (false: it could not), then flushes and closes it. Its path, or nullopt
+// when it could not be created or written (it is then removed).
+[[nodiscard]] std::optional<std::string> WriteTempBeside(const std::string& path,
+                                                         const std::function<bool(OutputFile&)>& write);
 
 // Swaps a complete, closed temporary file in for path: numbered backup of the
 // original, move of the temporary file to path, commit (the backup deleted).

@@ -26,6 +26,8 @@ public:
     explicit ProgressBar(std::size_t total)
         : m_total(total), m_enabled(total > kProgressFrom && ::isatty(STDERR_FILENO) != 0) {}
 
+    bool Enabled() const noexcept { return m_enabled; }
+
     void Clear() {
         if (!m_drawn) return;
         std::fputs("\r\033[K", stderr);
@@ -68,6 +70,7 @@ FileOutcome Guarded(const FileWork& work, CIPTC& store, const std::string& path)
 
 void PrintOutcome(std::size_t, const FileOutcome& outcome) {
     std::fwrite(outcome.out.data(), 1, outcome.out.size(), stdout);
+    if (outcome.err.empty()) return;
     std::fflush(stdout);  // keep the order with standard error
     std::fwrite(outcome.err.data(), 1, outcome.err.size(), stderr);
 }
@@ -99,8 +102,10 @@ std::size_t RunBatch(const std::vector<std::string>& paths, std::vector<std::uni
                 results[nextToEmit].reset();
                 ++nextToEmit;
             }
-            std::fflush(stdout);
-            progress.Show(finished);
+            if (progress.Enabled()) {
+                std::fflush(stdout);  // the lines above the bar first
+                progress.Show(finished);
+            }
         }
     };
 

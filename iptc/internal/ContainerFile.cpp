@@ -7,7 +7,11 @@ namespace vliptc::iptc {
 
 CIPTC::EError MapFile(const std::string& path, platform::MappedFile::Access access,
                       platform::MappedFile& map) {
-    switch (map.Open(path, access)) {
+    return OpenResult(map.Open(path, access));
+}
+
+CIPTC::EError OpenResult(platform::MappedFile::Status status) {
+    switch (status) {
         case platform::MappedFile::Status::Ok:
             return CIPTC::kSuccess;
         case platform::MappedFile::Status::CannotOpen:

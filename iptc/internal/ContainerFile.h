@@ -1,24 +1,32 @@
 #pragma once
 
 // The file steps the container readers and writers share: mapping a file with
-// CIPTC's result codes, and the frame of a writer that builds the new file
-// from the mapped one and swaps it in.
+// CIPTC's result codes, and the frames of the writers that make the new file
+// from the mapped one and swap it in: built whole in memory, or described and
+// written out in chunks.
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string>
 #include <variant>
 
 #include "host/Limits.h"
 #include "iptc/IPTC.h"
+#include "iptc/internal/DescribedFile.h"
+#include "platform/FileSystem.h"
 #include "platform/MappedFile.h"
+#include "platform/OutputFile.h"
 #include "platform/SafeReplace.h"
 
 namespace vliptc::iptc {
 
 // The largest block a writer accepts (what the encoder can produce).
 inline constexpr std::size_t kMaxBlockBytes = 65536;
+
+// CIPTC's result code for how opening or mapping a file ended.
+[[nodiscard]] CIPTC::EError OpenResult(platform::MappedFile::Status status);
 
 // Opens and maps path: kSuccess, kCannotOpen (missing, a folder, no
 // permission), kEmptyFile or kCannotMapOrWrite.
@@ -51,6 +59,38 @@ CIPTC::EError RebuildFile(const std::string& path, platform::MappedFile::Access 
     }
     if (const auto* result = std::get_if<CIPTC::EError>(&built)) return *result;
     return ReplaceResult(platform::ReplaceFileContent(path, std::get<std::span<const std::uint8_t>>(built)));
+}
+
+// What a describing writer's first step made of the mapped file: the new
+// file described, or a result to return as it is.
+using Described = std::variant<CIPTC::EError, DescribedFile>;
+
+// Maps path read-only and lets describe(map) decide. The described file is
+// written to a temporary file beside path while the original is still mapped;
+// check(tempPath) then looks at the complete, closed temporary file (anything
+// but kSuccess removes it and is returned). The original's view and handle are
+// released before the temporary file is swapped in (backup, move, commit).
+template <typename Describe, typename Check>
+CIPTC::EError ReplaceWithDescribedFile(const std::string& path, Describe&& describe, Check&& check) {
+    std::optional<std::string> temp;
+    {
+        platform::MappedFile map;
+        const CIPTC::EError opened = MapFile(path, platform::MappedFile::Access::ReadOnly, map);
+        if (opened != CIPTC::kSuccess) return opened;
+        if (map.Size() > limits::kMaxRewrittenFileBytes) return CIPTC::kCannotMapOrWrite;
+        const Described described = describe(map);
+        if (const auto* result = std::get_if<CIPTC::EError>(&described)) return *result;
+        const DescribedFile& file = std::get<DescribedFile>(described);
+        temp = platform::WriteTempBeside(path,
+                                         [&](platform::OutputFile& out) { return file.WriteTo(out, map); });
+        if (!temp) return CIPTC::kCannotMapOrWrite;
+        const CIPTC::EError checked = check(*temp);
+        if (checked != CIPTC::kSuccess) {
+            static_cast<void>(platform::RemoveFile(*temp));
+            return checked;
+        }
+    }
+    return ReplaceResult(platform::SwapInTempFile(path, *temp));
 }
 
 }  // namespace vliptc::iptc

@@ -29,6 +29,10 @@ struct LocateResult {
     CIPTC::EError error = CIPTC::kSuccess;
     bool bigEndian = true;                  // the container's byte order (SIPTCFormatInfo)
     std::vector<BlockLocation> candidates;  // in file order; decode until one succeeds
+    // The bytes from here on played no part in the result: a locator that
+    // stops early (the JPEG walk at the start of scan) says where, so that the
+    // same result holds for any longer file with these first bytes.
+    std::uint64_t examined = UINT64_MAX;
 };
 
 LocateResult LocateInJPEG(std::span<const std::uint8_t> file);

@@ -5,9 +5,11 @@
 // the data padded to even size). Resource 0x0404 holds the IIM datasets.
 //
 // The reader only says where the resource sections are; the store decodes
-// them. The writer rebuilds the whole file in memory with the new resource
-// 0x0404 and swaps it in through the safe-replace steps: every byte outside
-// the rewritten APP13 segment is copied unchanged.
+// them. The writer rebuilds the whole file in a memory file with the new
+// resource 0x0404 and swaps it in through the safe-replace steps: every byte
+// outside the rewritten APP13 segment is copied unchanged. The copies are read
+// through the file, not the mapping, so that the pages of the scan data are
+// never mapped in: only the memory file counts in the resident set.
 
 #include <algorithm>
 #include <array>
@@ -52,6 +54,8 @@ constexpr std::uint64_t kResourceHeaderBytes = 12;
 // The new file is built in memory with room for the old file and a block.
 constexpr std::uint64_t kBuildSlackBytes = 65536;
 constexpr unsigned kBuildGrowBytes = 4096;
+// Bytes of the original read at once on their way into the memory file.
+constexpr std::uint64_t kCopyBytes = 65536;
 
 struct Segment {
     std::uint8_t marker = 0;
@@ -70,6 +74,7 @@ enum class WalkEnd {
 struct MarkerWalk {
     std::vector<Segment> segments;
     WalkEnd end = WalkEnd::kEndOfFile;
+    std::uint64_t stop = 0;  // the walk looked at nothing from here on
 };
 
 // Walks the marker segments behind the start-of-image marker up to the first
@@ -88,6 +93,7 @@ MarkerWalk WalkMarkers(std::span<const std::uint8_t> file) {
         if (*marker == kStuffed) continue;
         if (*marker == kSOS || *marker == kEOI) {
             walk.end = WalkEnd::kScan;
+            walk.stop = cursor.Position();
             return walk;
         }
         if (IsStandalone(*marker)) continue;
@@ -225,8 +231,18 @@ void Append(CVLMemFile& out, std::span<const std::uint8_t> bytes) {
     }
 }
 
-void AppendRange(CVLMemFile& out, std::span<const std::uint8_t> file, std::uint64_t from, std::uint64_t to) {
-    Append(out, file.subspan(from, to - from));
+// Copies bytes [from, to) of the original through the file; false when they
+// cannot be read.
+bool AppendOriginal(CVLMemFile& out, const platform::MappedFile& original, std::uint64_t from,
+                    std::uint64_t to) {
+    std::vector<std::uint8_t> buffer(static_cast<std::size_t>(std::min(kCopyBytes, to - from)));
+    for (std::uint64_t at = from; at < to; at += buffer.size()) {
+        const auto part = std::span(buffer).first(
+            static_cast<std::size_t>(std::min<std::uint64_t>(buffer.size(), to - at)));
+        if (!original.ReadAt(static_cast<std::size_t>(at), part)) return false;
+        Append(out, part);
+    }
+    return true;
 }
 
 void AppendSegmentHeader(CVLMemFile& out, std::uint64_t length) {
@@ -252,9 +268,12 @@ std::uint64_t ResourceBytes(std::span<const std::uint8_t> block) {
     return kResourceHeaderBytes + block.size() + (block.size() % 2);
 }
 
-// Builds the new file into out, or says why it cannot be built.
-CIPTC::EError BuildJpeg(std::span<const std::uint8_t> file, const MarkerWalk& walk,
+// Builds the new file into out, or says why it cannot be built. The headers
+// are looked at through the mapping; every copied range is read through the
+// file.
+CIPTC::EError BuildJpeg(const platform::MappedFile& original, const MarkerWalk& walk,
                         std::span<const std::uint8_t> block, CVLMemFile& out) {
+    const auto file = original.Bytes();
     // The segment to rewrite is the one whose IPTC resource the reader
     // decodes: among the segments the reader walks, in file order, the first
     // that holds an IPTC resource or where the reader's walk ends. Failing
@@ -287,14 +306,14 @@ CIPTC::EError BuildJpeg(std::span<const std::uint8_t> file, const MarkerWalk& wa
         const std::uint64_t length = kLengthBytes + kPhotoshopIdentifierBytes + ResourceBytes(block);
         if (length > kMaxSegmentLength) return CIPTC::kBlockTooLarge;
         const Segment& first = walk.segments.front();
-        AppendRange(out, file, 0, first.end);
+        if (!AppendOriginal(out, original, 0, first.end)) return CIPTC::kCannotMapOrWrite;
         AppendSegmentHeader(out, length);
         const std::array<std::uint8_t, kPhotoshopIdentifierBytes> identifier{
             'P', 'h', 'o', 't', 'o', 's', 'h', 'o', 'p', ' ', '3', '.', '0', 0};
         Append(out, identifier);
         AppendIptcResource(out, block);
-        AppendRange(out, file, first.end, file.size());
-        return CIPTC::kSuccess;
+        return AppendOriginal(out, original, first.end, file.size()) ? CIPTC::kSuccess
+                                                                     : CIPTC::kCannotMapOrWrite;
     }
 
     switch (scan) {
@@ -317,12 +336,11 @@ CIPTC::EError BuildJpeg(std::span<const std::uint8_t> file, const MarkerWalk& wa
     const std::uint64_t length =
         kLengthBytes + (old.start - target->Payload()) + ResourceBytes(block) + (target->end - old.end);
     if (length > kMaxSegmentLength) return CIPTC::kBlockTooLarge;
-    AppendRange(out, file, 0, target->start);
+    if (!AppendOriginal(out, original, 0, target->start)) return CIPTC::kCannotMapOrWrite;
     AppendSegmentHeader(out, length);
-    AppendRange(out, file, target->Payload(), old.start);
+    if (!AppendOriginal(out, original, target->Payload(), old.start)) return CIPTC::kCannotMapOrWrite;
     AppendIptcResource(out, block);
-    AppendRange(out, file, old.end, file.size());
-    return CIPTC::kSuccess;
+    return AppendOriginal(out, original, old.end, file.size()) ? CIPTC::kSuccess : CIPTC::kCannotMapOrWrite;
 }
 
 }  // namespace
@@ -335,6 +353,7 @@ LocateResult LocateInJPEG(std::span<const std::uint8_t> file) {
         return result;
     }
     const MarkerWalk walk = WalkMarkers(file);
+    if (walk.end == WalkEnd::kScan) result.examined = walk.stop;
     for (const Segment& segment : walk.segments) {
         const auto start = ReaderSection(file, segment);
         if (!start) continue;
@@ -357,7 +376,7 @@ CIPTC::EError WriteJPEG(const std::string& path, std::span<const std::uint8_t> b
     if (block.size() > kMaxBlockBytes) return CIPTC::kBlockTooLarge;
 
     std::optional<CVLMemFile> out;
-    const auto build = [&](platform::MappedFile& map) -> Built {
+    const auto describe = [&](const platform::MappedFile& map) -> Described {
         const auto file = map.Bytes();
         // The writer insists on an application segment right behind the
         // start-of-image marker: a new APP13 goes behind that segment.
@@ -373,11 +392,15 @@ CIPTC::EError WriteJPEG(const std::string& path, std::span<const std::uint8_t> b
 
         const std::uint64_t capacity = std::min<std::uint64_t>(file.size() + kBuildSlackBytes, UINT_MAX);
         out.emplace(false, static_cast<unsigned>(capacity), kBuildGrowBytes);
-        const CIPTC::EError built = BuildJpeg(file, walk, block, *out);
+        const CIPTC::EError built = BuildJpeg(map, walk, block, *out);
         if (built != CIPTC::kSuccess) return built;
-        return std::span<const std::uint8_t>(out->GetBuffer(), static_cast<std::size_t>(out->GetFileSize()));
+        DescribedFile described;
+        described.AppendBytes({out->GetBuffer(), static_cast<std::size_t>(out->GetFileSize())});
+        return described;
     };
-    return RebuildFile(path, platform::MappedFile::Access::ReadOnly, build);
+    // Nothing to check: every byte of the memory file was written as it is.
+    const auto written = [](const std::string&) { return CIPTC::kSuccess; };
+    return ReplaceWithDescribedFile(path, describe, written);
 }
 
 }  // namespace vliptc::iptc

@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <new>
+#include <utility>
 
 #include "iptc/internal/ContainerFile.h"
 #include "iptc/internal/Containers.h"
@@ -61,23 +62,34 @@ CIPTC::EError WriteTIFF(const std::string& path, std::span<const std::uint8_t> b
         return CIPTC::kBlockTooLarge;
     }
     tiff::Rewrite rewrite;
-    const auto build = [&](platform::MappedFile& mapped) -> Built {
+    const auto describe = [&](const platform::MappedFile& mapped) -> Described {
         // A file the user may not write is not replaced behind their back,
         // although its folder would allow the swap.
         if (platform::IsReadOnly(path)) {
             return CIPTC::kCannotMapOrWrite;
         }
         try {
-            rewrite = tiff::BuildTiffWithBlock(mapped.Bytes(), block);
+            rewrite = tiff::DescribeTiffWithBlock(mapped.Bytes(), block);
         } catch (const std::bad_alloc&) {
             return CIPTC::kCannotMapOrWrite;
         }
         if (rewrite.error != CIPTC::kSuccess) {
             return rewrite.error;
         }
-        return std::span<const std::uint8_t>(rewrite.bytes);
+        return std::move(rewrite.file);
     };
-    return RebuildFile(path, platform::MappedFile::Access::ReadOnly, build);
+    // The new directories are checked on the file as written, mapped
+    // read-only: the walk touches the pages of the directories and of the
+    // block, not the image data. It also checks the writing itself.
+    const auto check = [&](const std::string& tempPath) {
+        platform::MappedFile written;
+        if (MapFile(tempPath, platform::MappedFile::Access::ReadOnly, written) != CIPTC::kSuccess) {
+            return CIPTC::kCannotMapOrWrite;
+        }
+        return tiff::ShowsBlockAndOldDirectories(rewrite, written.Bytes(), block) ? CIPTC::kSuccess
+                                                                                  : CIPTC::kUnsupportedFormat;
+    };
+    return ReplaceWithDescribedFile(path, describe, check);
 }
 
 }  // namespace vliptc::iptc

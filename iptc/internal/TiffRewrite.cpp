@@ -1,4 +1,5 @@
-// The TIFF file with a new IPTC-NAA block, built in memory.
+// The TIFF file with a new IPTC-NAA block, described as ranges of the old
+// file, new bytes and patches: the old file is never copied in memory.
 //
 // Two cases:
 //
@@ -29,10 +30,9 @@
 // The reserve behind the block is written as zero bytes so that the count of
 // the entry never reaches past the end of the file.
 //
-// Before the bytes are handed back, the new file is walked again and must
-// show the same directories and entries as the old one, with the IPTC entry
-// pointing at the block: whatever a malformed file looked like, the writer
-// never puts a file in place that its own reader cannot read back.
+// Before the new file is swapped in, it is walked again and must show the
+// same directories and entries as the old one, with the IPTC entry pointing
+// at the block (ShowsBlockAndOldDirectories).
 
 #include "iptc/internal/TiffRewrite.h"
 
@@ -57,10 +57,10 @@ constexpr std::uint64_t kMaxFileBytes = std::numeric_limits<std::uint32_t>::max(
 constexpr std::uint16_t kMaxEntries = std::numeric_limits<std::uint16_t>::max();
 
 // A number at position (2 or 4 bytes wide) that is an offset to move.
-struct Patch {
+struct OffsetPatch {
     std::uint64_t position = 0;
     std::uint8_t width = 4;
-    auto operator<=>(const Patch&) const = default;
+    auto operator<=>(const OffsetPatch&) const = default;
 };
 
 Rewrite Refuse() {
@@ -74,9 +74,9 @@ bool Overlap(std::uint64_t startA, std::uint64_t endA, std::uint64_t startB, std
 }
 
 bool IsOffsetTag(std::uint16_t tag) {
-    return tag == kTagStripOffsets || tag == kTagFreeOffsets || tag == kTagTileOffsets || tag == kTagSubIfds ||
-           tag == kTagThumbnailOffset || tag == kTagExifDirectory || tag == kTagGpsDirectory ||
-           tag == kTagInteropDirectory;
+    return tag == kTagStripOffsets || tag == kTagFreeOffsets || tag == kTagTileOffsets ||
+           tag == kTagSubIfds || tag == kTagThumbnailOffset || tag == kTagExifDirectory ||
+           tag == kTagGpsDirectory || tag == kTagInteropDirectory;
 }
 
 const Entry* FirstIptcEntry(const Walk& walk) {
@@ -104,17 +104,16 @@ std::array<std::uint8_t, kEntryBytes> IptcEntryBytes(ByteOrder order, std::size_
     return entry;
 }
 
-// The end of the new file: block at blockOffset, then the reserve.
-std::optional<std::uint64_t> NewFileSize(std::uint64_t blockOffset, std::size_t blockSize) {
-    const std::uint64_t size = blockOffset + blockSize + kIptcReserveBytes;
-    return size <= kMaxFileBytes ? std::optional(size) : std::nullopt;
+// Whether the new file, ending in the block at blockOffset and the reserve,
+// stays within 32-bit offsets.
+bool FitsOffsets(std::uint64_t blockOffset, std::size_t blockSize) {
+    return blockOffset + blockSize + kIptcReserveBytes <= kMaxFileBytes;
 }
 
-void AppendBlock(std::vector<std::uint8_t>& out, std::uint64_t blockOffset,
-                 std::span<const std::uint8_t> block) {
-    out.resize(static_cast<std::size_t>(blockOffset), 0);  // the pad byte to an even offset
-    out.insert(out.end(), block.begin(), block.end());
-    out.resize(out.size() + kIptcReserveBytes, 0);
+void AppendBlock(DescribedFile& out, std::uint64_t blockOffset, std::span<const std::uint8_t> block) {
+    out.AppendZeros(blockOffset - out.Size());  // the pad byte to an even offset
+    out.AppendBytes(block);
+    out.AppendZeros(kIptcReserveBytes);
 }
 
 // Clears the old value and rewrites the entry where it stands.
@@ -136,22 +135,20 @@ Rewrite RewriteEntry(std::span<const std::uint8_t> file, const Header& header, c
         }
     }
     const std::uint64_t blockOffset = file.size() + (file.size() % 2);
-    const auto size = NewFileSize(blockOffset, block.size());
-    if (!size) {
+    if (!FitsOffsets(blockOffset, block.size())) {
         return Refuse();
     }
 
     Rewrite rewrite;
-    rewrite.bytes.reserve(static_cast<std::size_t>(*size));
-    rewrite.bytes.assign(file.begin(), file.end());
-    if (!entry.IsInline()) {
-        std::fill_n(rewrite.bytes.begin() + static_cast<std::ptrdiff_t>(entry.valueField),
-                    static_cast<std::ptrdiff_t>(entry.ValueBytes()), std::uint8_t{0});
+    if (entry.IsInline()) {
+        rewrite.file.AppendOriginal(0, file.size());
+    } else {
+        rewrite.file.AppendOriginal(0, entry.valueField);
+        rewrite.file.AppendZeros(entry.ValueBytes());
+        rewrite.file.AppendOriginal(entry.valueField + entry.ValueBytes(), file.size());
     }
-    AppendBlock(rewrite.bytes, blockOffset, block);
-    const auto newEntry = IptcEntryBytes(header.order, block.size(), blockOffset);
-    std::copy(newEntry.begin(), newEntry.end(),
-              rewrite.bytes.begin() + static_cast<std::ptrdiff_t>(entry.position));
+    AppendBlock(rewrite.file, blockOffset, block);
+    rewrite.file.Patch(entry.position, IptcEntryBytes(header.order, block.size(), blockOffset));
     rewrite.blockOffset = blockOffset;
     return rewrite;
 }
@@ -160,7 +157,7 @@ Rewrite RewriteEntry(std::span<const std::uint8_t> file, const Header& header, c
 // holds an offset that cannot move (a 16-bit offset that would overflow) or
 // its values are laid over each other so that moving one would change another.
 bool CollectPatches(std::span<const std::uint8_t> file, ByteOrder order, const Walk& walk,
-                    std::uint64_t insertionPoint, std::vector<Patch>& patches) {
+                    std::uint64_t insertionPoint, std::vector<OffsetPatch>& patches) {
     auto moves = [&](std::uint64_t position, std::uint8_t width) -> std::optional<bool> {
         const std::optional<std::uint32_t> value =
             width == 2 ? std::optional<std::uint32_t>(bytes::Read16(file, position, order))
@@ -221,7 +218,7 @@ bool CollectPatches(std::span<const std::uint8_t> file, ByteOrder order, const W
     }
     // No number may lie in the header or straddle the insertion point (it
     // would be cut in two).
-    return std::none_of(patches.begin(), patches.end(), [&](const Patch& p) {
+    return std::none_of(patches.begin(), patches.end(), [&](const OffsetPatch& p) {
         return p.position < kHeaderBytes ||
                (p.position < insertionPoint && insertionPoint < p.position + p.width);
     });
@@ -246,12 +243,12 @@ Rewrite InsertEntry(std::span<const std::uint8_t> file, const Header& header, co
     }
     const std::uint64_t insertionPoint = first.offset + kCountBytes + kEntryBytes * index;
 
-    std::vector<Patch> patches;
+    std::vector<OffsetPatch> patches;
     if (!CollectPatches(file, header.order, walk, insertionPoint, patches)) {
         return Refuse();
     }
     // The count of the first directory changes too; no offset may sit on it.
-    for (const Patch& patch : patches) {
+    for (const OffsetPatch& patch : patches) {
         if (Overlap(patch.position, patch.position + patch.width, first.offset, first.offset + kCountBytes)) {
             return Refuse();
         }
@@ -259,36 +256,35 @@ Rewrite InsertEntry(std::span<const std::uint8_t> file, const Header& header, co
 
     const std::uint64_t grown = file.size() + kEntryBytes;
     const std::uint64_t blockOffset = grown + (grown % 2);
-    const auto size = NewFileSize(blockOffset, block.size());
-    if (!size) {
+    if (!FitsOffsets(blockOffset, block.size())) {
         return Refuse();
     }
 
-    std::vector<std::uint8_t> moved(file.begin(), file.end());
-    const std::span<std::uint8_t> target(moved);
-    for (const Patch& patch : patches) {
+    // The new entry is a run of zeros at the insertion point with the entry
+    // laid over it. Patches are placed in the new file, where everything from
+    // the insertion point on stands 12 bytes later.
+    Rewrite rewrite;
+    rewrite.file.AppendOriginal(0, insertionPoint);
+    rewrite.file.AppendZeros(kEntryBytes);
+    rewrite.file.AppendOriginal(insertionPoint, file.size());
+    AppendBlock(rewrite.file, blockOffset, block);
+    rewrite.file.Patch(insertionPoint, IptcEntryBytes(header.order, block.size(), blockOffset));
+    rewrite.file.Patch(first.offset,
+                       bytes::Encode16(static_cast<std::uint16_t>(first.declaredCount + 1), header.order));
+    for (const OffsetPatch& patch : patches) {
+        const std::uint64_t moved =
+            patch.position < insertionPoint ? patch.position : patch.position + kEntryBytes;
         if (patch.width == 2) {
             const auto value = bytes::Read16(file, patch.position, header.order).value_or(0);
-            bytes::Write16(target, patch.position, static_cast<std::uint16_t>(value + kEntryBytes),
-                           header.order);
+            rewrite.file.Patch(
+                moved, bytes::Encode16(static_cast<std::uint16_t>(value + kEntryBytes), header.order));
         } else {
             const auto value = bytes::Read32(file, patch.position, header.order).value_or(0);
-            bytes::Write32(target, patch.position, static_cast<std::uint32_t>(value + kEntryBytes),
-                           header.order);
+            rewrite.file.Patch(
+                moved, bytes::Encode32(static_cast<std::uint32_t>(value + kEntryBytes), header.order));
         }
     }
-    bytes::Write16(target, first.offset, static_cast<std::uint16_t>(first.declaredCount + 1), header.order);
-
-    Rewrite rewrite;
-    rewrite.bytes.reserve(static_cast<std::size_t>(*size));
-    const auto split = moved.begin() + static_cast<std::ptrdiff_t>(insertionPoint);
-    rewrite.bytes.insert(rewrite.bytes.end(), moved.begin(), split);
-    const auto newEntry = IptcEntryBytes(header.order, block.size(), blockOffset);
-    rewrite.bytes.insert(rewrite.bytes.end(), newEntry.begin(), newEntry.end());
-    rewrite.bytes.insert(rewrite.bytes.end(), split, moved.end());
-    AppendBlock(rewrite.bytes, blockOffset, block);
     rewrite.blockOffset = blockOffset;
-    rewrite.inserted = true;
     return rewrite;
 }
 
@@ -296,15 +292,38 @@ bool SameEntry(const Entry& a, const Entry& b) {
     return a.tag == b.tag && a.type == b.type && a.count == b.count;
 }
 
-// The new file must show the old directories with the same entries (apart
-// from the IPTC entry), and its first IPTC entry must hold the block.
-bool Verify(const Walk& before, const Rewrite& rewrite, std::span<const std::uint8_t> block) {
-    const std::span<const std::uint8_t> file(rewrite.bytes);
+}  // namespace
+
+Rewrite DescribeTiffWithBlock(std::span<const std::uint8_t> file, std::span<const std::uint8_t> block) {
+    // The 8-byte header and at least a byte of directory.
+    if (file.size() <= kHeaderBytes) {
+        return Refuse();
+    }
     const HeaderResult header = ReadHeader(file);
+    if (header.status != HeaderStatus::kOk || header.header.version != kClassicVersion) {
+        return Refuse();
+    }
+    Walk walk = WalkDirectories(file, header.header, true);
+    // A directory laid over the header would change the header with it.
+    if (walk.directories.empty() || std::any_of(walk.directories.begin(), walk.directories.end(),
+                                                [](const Directory& d) { return d.offset < kHeaderBytes; })) {
+        return Refuse();
+    }
+    const Entry* existing = FirstIptcEntry(walk);
+    Rewrite rewrite = existing != nullptr ? RewriteEntry(file, header.header, walk, *existing, block)
+                                          : InsertEntry(file, header.header, walk, block);
+    rewrite.before = std::move(walk);
+    return rewrite;
+}
+
+bool ShowsBlockAndOldDirectories(const Rewrite& rewrite, std::span<const std::uint8_t> written,
+                                 std::span<const std::uint8_t> block) {
+    const HeaderResult header = ReadHeader(written);
     if (header.status != HeaderStatus::kOk || header.header.version != kClassicVersion) {
         return false;
     }
-    const Walk after = WalkDirectories(file, header.header, true);
+    const Walk& before = rewrite.before;
+    const Walk after = WalkDirectories(written, header.header, true);
     if (after.directories.size() != before.directories.size()) {
         return false;
     }
@@ -333,34 +352,8 @@ bool Verify(const Walk& before, const Rewrite& rewrite, std::span<const std::uin
         iptc->valueField != rewrite.blockOffset) {
         return false;
     }
-    const auto written = bytes::Slice(file, rewrite.blockOffset, block.size());
-    return written && std::equal(block.begin(), block.end(), written->begin());
-}
-
-}  // namespace
-
-Rewrite BuildTiffWithBlock(std::span<const std::uint8_t> file, std::span<const std::uint8_t> block) {
-    // The 8-byte header and at least a byte of directory.
-    if (file.size() <= kHeaderBytes) {
-        return Refuse();
-    }
-    const HeaderResult header = ReadHeader(file);
-    if (header.status != HeaderStatus::kOk || header.header.version != kClassicVersion) {
-        return Refuse();
-    }
-    const Walk walk = WalkDirectories(file, header.header, true);
-    // A directory laid over the header would change the header with it.
-    if (walk.directories.empty() || std::any_of(walk.directories.begin(), walk.directories.end(),
-                                                [](const Directory& d) { return d.offset < kHeaderBytes; })) {
-        return Refuse();
-    }
-    const Entry* existing = FirstIptcEntry(walk);
-    Rewrite rewrite = existing != nullptr ? RewriteEntry(file, header.header, walk, *existing, block)
-                                          : InsertEntry(file, header.header, walk, block);
-    if (rewrite.error == CIPTC::kSuccess && !Verify(walk, rewrite, block)) {
-        return Refuse();
-    }
-    return rewrite;
+    const auto stored = bytes::Slice(written, rewrite.blockOffset, block.size());
+    return stored && std::equal(block.begin(), block.end(), stored->begin());
 }
 
 }  // namespace vliptc::iptc::tiff

@@ -1,13 +1,15 @@
 #pragma once
 
-// Builds, in memory, the TIFF file that holds a new IPTC block: the complete
-// bytes that the TIFF writer then swaps in for the old file.
+// Describes the TIFF file that holds a new IPTC block (the ranges of the old
+// file, the new bytes and the patches that make it), for the TIFF writer to
+// write out beside the old file, check and swap in.
 
 #include <cstdint>
 #include <span>
-#include <vector>
 
 #include "iptc/IPTC.h"
+#include "iptc/internal/DescribedFile.h"
+#include "iptc/internal/TiffLayout.h"
 
 namespace vliptc::iptc::tiff {
 
@@ -19,14 +21,15 @@ inline constexpr std::uint32_t kIptcReserveBytes = 1024;
 
 struct Rewrite {
     CIPTC::EError error = CIPTC::kSuccess;
-    std::vector<std::uint8_t> bytes;  // the new file when error is kSuccess
-    std::uint64_t blockOffset = 0;    // where the block starts in it
-    bool inserted = false;            // a new entry was added to the first directory
+    DescribedFile file;             // the new file when error is kSuccess
+    std::uint64_t blockOffset = 0;  // where the block starts in it
+    Walk before;                    // the old file's directories
 };
 
 // The file with block as its IPTC-NAA (33723) value. kUnsupportedFormat for a
 // file that is not a classic TIFF, whose directories cannot be read, or that
-// could not take the block without damage (see TiffRewrite.cpp).
+// could not take the block without damage (see TiffRewrite.cpp). The
+// description refers to block, which must outlive it.
 //
 // An existing entry (the first one on the chain of directories) is rewritten
 // in place; its old value area is cleared. Otherwise the first directory gains
@@ -34,6 +37,14 @@ struct Rewrite {
 // Either way the block goes to the end of the file at an even offset,
 // followed by kIptcReserveBytes zero bytes, and the entry reads: type BYTE,
 // count = block size + kIptcReserveBytes, offset = the block's position.
-Rewrite BuildTiffWithBlock(std::span<const std::uint8_t> file, std::span<const std::uint8_t> block);
+Rewrite DescribeTiffWithBlock(std::span<const std::uint8_t> file, std::span<const std::uint8_t> block);
+
+// True when written, the new file as written from rewrite, shows the old
+// directories with the same entries (apart from the IPTC entry), and its first
+// IPTC entry holds block at rewrite.blockOffset: whatever a malformed file
+// looked like, the writer never puts a file in place that its own reader
+// cannot read back.
+bool ShowsBlockAndOldDirectories(const Rewrite& rewrite, std::span<const std::uint8_t> written,
+                                 std::span<const std::uint8_t> block);
 
 }  // namespace vliptc::iptc::tiff

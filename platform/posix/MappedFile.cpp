@@ -40,6 +40,11 @@ MappedFile::~MappedFile() {
 }
 
 MappedFile::Status MappedFile::Open(const std::string& path, Access access) {
+    const Status opened = OpenFile(path, access);
+    return opened == Status::Ok ? Map() : opened;
+}
+
+MappedFile::Status MappedFile::OpenFile(const std::string& path, Access access) {
     Close();
     const bool writable = access == Access::ReadWrite;
     if (writable && fault::ShouldFail(fault::Step::Map)) {
@@ -61,20 +66,26 @@ MappedFile::Status MappedFile::Open(const std::string& path, Access access) {
     if (static_cast<std::uint64_t>(st.st_size) > std::numeric_limits<std::size_t>::max()) {
         return fail(Status::CannotMap);
     }
+    m_fd = fd;
+    m_size = static_cast<std::size_t>(st.st_size);
+    m_writable = writable;
+    return Status::Ok;
+}
 
-    const auto size = static_cast<std::size_t>(st.st_size);
+MappedFile::Status MappedFile::Map() {
+    if (m_fd < 0 || m_data != nullptr) return Status::CannotMap;
     if (fault::ShouldFail(fault::Step::Map)) {
         errno = ENOMEM;
-        return fail(Status::CannotMap);
+        Close();
+        return Status::CannotMap;
     }
     // MAP_SHARED: writes through the map go to the file itself.
-    void* data = ::mmap(nullptr, size, writable ? PROT_READ | PROT_WRITE : PROT_READ, MAP_SHARED, fd, 0);
-    if (data == MAP_FAILED) return fail(Status::CannotMap);
-
-    m_fd = fd;
+    void* data = ::mmap(nullptr, m_size, m_writable ? PROT_READ | PROT_WRITE : PROT_READ, MAP_SHARED, m_fd, 0);
+    if (data == MAP_FAILED) {
+        Close();
+        return Status::CannotMap;
+    }
     m_data = static_cast<std::uint8_t*>(data);
-    m_size = size;
-    m_writable = writable;
     return Status::Ok;
 }
 

@@ -193,5 +193,47 @@ TEST_F(ContainerTest, JpegRoundTripThroughTheStoreAndWritingTwice) {
     EXPECT_EQ(Listing(m_dir.Path()), std::set<std::string>{"photo.jpg"});  // the backup is gone
 }
 
+// The reader reads the first bytes of a JPEG in steps and maps the file only
+// when the segments before the scan run past them; the answer must not
+// depend on where the segments end.
+TEST_F(ContainerTest, JpegReadDoesNotDependOnHowFarTheSegmentsReach) {
+    const Bytes record = Photoshop(Resource(0x0404, kOldIim));
+    const Bytes image(300 * 1024, 0x5A);  // behind the scan marker
+    struct Case {
+        const char* name;
+        std::size_t padding;  // bytes of APP2 segments before the APP13
+        std::size_t cutAt;    // the file ends here, inside the padding (0: not cut)
+        CIPTC::EError expected;
+    };
+    const Case cases[] = {
+        {"within the first step", 0, 0, CIPTC::kSuccess},
+        {"across the first step", 16 * 1024 - 40, 0, CIPTC::kSuccess},
+        {"within the second step", 100 * 1024, 0, CIPTC::kSuccess},
+        {"past both steps", 200 * 1024, 0, CIPTC::kSuccess},
+        {"cut off within the second step", 60 * 1024, 30 * 1024, CIPTC::kUnsupportedFormat},
+        {"cut off past both steps", 200 * 1024, 150 * 1024, CIPTC::kUnsupportedFormat},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        Bytes padding;
+        for (std::size_t left = c.padding; left > 0;) {
+            const std::size_t n = std::min<std::size_t>(left, 60000);
+            const Bytes segment = Segment(0xE2, Bytes(n, 0x11));
+            padding.insert(padding.end(), segment.begin(), segment.end());
+            left -= n;
+        }
+        Bytes file = Jpeg({App0(), padding, record});
+        file.insert(file.end() - 2, image.begin(), image.end());
+        if (c.cutAt != 0) file.resize(c.cutAt);
+        WriteBytes(File("photo.jpg"), file);
+        CIPTC::SIPTCFormatInfo format;
+        EXPECT_EQ(m_store.ReadIPTCBlob(File("photo.jpg").c_str(), format), c.expected);
+        EXPECT_EQ(LocateInJPEG(file).error, c.expected);
+        if (c.expected == CIPTC::kSuccess) {
+            EXPECT_EQ(Values(120), std::vector<std::string>{"old caption"});
+        }
+    }
+}
+
 }  // namespace
 }  // namespace vliptc::test
