@@ -5,11 +5,14 @@
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
+#include <iterator>
 #include <string_view>
+#include <vector>
 
 #include "exif/internal/ContainerWalk.h"
-#include "platform/FileName.h"
 #include "exif/internal/FieldCatalogue.h"
+#include "platform/FileName.h"
 #include "platform/MappedFile.h"
 
 namespace {
@@ -21,6 +24,62 @@ constexpr std::array<std::string_view, 10> kSupportedExtensions{".JPG",  ".JPEG"
 // inch that TIFF readers assume.
 constexpr const char* kDefaultResolution = "72";
 
+using SField = CVLEXIF::SField;
+
+// The catalogue's order: by group, then by name byte by byte, a prefix first.
+// Records of equal group and name (several "Unknown") keep no defined order.
+bool CatalogueLess(const SField& a, const SField& b) {
+    if (a.nGroup != b.nGroup) return a.nGroup < b.nGroup;
+    return a.strName < b.strName;
+}
+
+// The fresh catalogue, and the order SortFields gives it, made once: every
+// read starts from the former and mostly ends in the latter, which spares
+// each read the building of a hundred names and the sort.
+struct FreshCatalogue {
+    std::vector<SField> fields;       // in the table's order
+    std::vector<std::size_t> sorted;  // the indices of fields in sorted order
+};
+
+const FreshCatalogue& Fresh() {
+    static const FreshCatalogue fresh = [] {
+        FreshCatalogue made;
+        made.fields.reserve(vliptc::exif::kCatalogueSize);
+        for (const auto& row : vliptc::exif::CatalogueRows()) {
+            SField field;
+            field.nTag = row.tag;
+            field.nType = row.type;
+            field.strName = row.name;
+            field.nGroup = CVLEXIF::kGroupGeneral;
+            if (vliptc::exif::IsDateTag(field.nTag)) {
+                field.bDate = true;
+                field.nGroup = CVLEXIF::kGroupDate;
+            } else if (vliptc::exif::IsGPSTag(field.nTag)) {
+                field.bGPS = true;
+                field.nGroup = CVLEXIF::kGroupGPS;
+            }
+            made.fields.push_back(std::move(field));
+        }
+        made.sorted.resize(made.fields.size());
+        for (std::size_t i = 0; i < made.sorted.size(); ++i) made.sorted[i] = i;
+        std::sort(made.sorted.begin(), made.sorted.end(), [&](std::size_t a, std::size_t b) {
+            return CatalogueLess(made.fields[a], made.fields[b]);
+        });
+        return made;
+    }();
+    return fresh;
+}
+
+// Whether fields starts with the fresh catalogue's records in the table's
+// order (values aside), as a read leaves it before the sort.
+bool StartsWithFreshCatalogue(const std::vector<SField>& fields) {
+    const std::vector<SField>& fresh = Fresh().fields;
+    return fields.size() >= fresh.size() &&
+           std::equal(fresh.begin(), fresh.end(), fields.begin(), [](const SField& a, const SField& b) {
+               return a.nTag == b.nTag && a.nGroup == b.nGroup && a.strName == b.strName;
+           });
+}
+
 }  // namespace
 
 CVLEXIF::CVLEXIF() { Reset(); }
@@ -31,33 +90,27 @@ void CVLEXIF::Reset() {
 }
 
 void CVLEXIF::SetupFieldVector() {
-    m_vFields.clear();
-    m_vFields.reserve(vliptc::exif::kCatalogueSize);
-    for (const auto& row : vliptc::exif::CatalogueRows()) {
-        SField field;
-        field.nTag = row.tag;
-        field.nType = row.type;
-        field.strName = row.name;
-        field.nGroup = kGroupGeneral;
-        m_vFields.push_back(std::move(field));
-    }
-    for (SField& field : m_vFields) {
-        if (vliptc::exif::IsDateTag(field.nTag)) {
-            field.bDate = true;
-            field.nGroup = kGroupDate;
-        } else if (vliptc::exif::IsGPSTag(field.nTag)) {
-            field.bGPS = true;
-            field.nGroup = kGroupGPS;
-        }
-    }
+    m_vFields = Fresh().fields;  // assigned element by element: the names keep their storage
 }
 
 void CVLEXIF::SortFields() {
-    // Records of equal group and name (several "Unknown") keep no defined order.
-    std::sort(m_vFields.begin(), m_vFields.end(), [](const SField& a, const SField& b) {
-        if (a.nGroup != b.nGroup) return a.nGroup < b.nGroup;
-        return a.strName < b.strName;  // byte by byte, a prefix first
-    });
+    if (std::is_sorted(m_vFields.begin(), m_vFields.end(), CatalogueLess)) return;
+    if (!StartsWithFreshCatalogue(m_vFields)) {
+        std::sort(m_vFields.begin(), m_vFields.end(), CatalogueLess);
+        return;
+    }
+    // The fresh catalogue takes its known order; the records a read added
+    // behind it ("Unknown" tags) are sorted and merged in.
+    const std::vector<std::size_t>& order = Fresh().sorted;
+    std::vector<SField> sorted;
+    sorted.reserve(m_vFields.size());
+    for (const std::size_t i : order) sorted.push_back(std::move(m_vFields[i]));
+    const auto added = m_vFields.begin() + static_cast<std::ptrdiff_t>(order.size());
+    std::sort(added, m_vFields.end(), CatalogueLess);
+    std::move(added, m_vFields.end(), std::back_inserter(sorted));
+    std::inplace_merge(sorted.begin(), sorted.begin() + static_cast<std::ptrdiff_t>(order.size()),
+                       sorted.end(), CatalogueLess);
+    m_vFields = std::move(sorted);
 }
 
 bool CVLEXIF::GetField(EFieldTags tag, SField*& field) {
