@@ -31,7 +31,7 @@ constexpr std::uint8_t kJpegSOI = 0xD8;
 constexpr std::uint32_t kTrailerMagic = 0xA1B2C3D4;
 // How much of a file the reader reads, step by step, before it falls back to
 // mapping it.
-constexpr std::array<std::size_t, 2> kHeadBytes{16 * 1024, 128 * 1024};
+constexpr std::array<std::size_t, 3> kHeadBytes{4 * 1024, 32 * 1024, 128 * 1024};
 
 // Read through the file: the end of a large image is far from its headers,
 // and mapping a page there for four bytes costs more than the read.
@@ -126,9 +126,9 @@ CIPTC::EError CIPTC::ReadIPTCBlob(const char* path, SIPTCFormatInfo& format) {
 
     // A JPEG's record lies in the segments before its scan, which nearly
     // always begin within the first few kilobytes: those bytes are read into
-    // memory, first 16 KB, then 128 KB, and the file is mapped only when the
-    // walk runs past them (a file no longer than that is read whole, whatever
-    // its container). Reading is cheaper than mapping for so little, and
+    // memory, first 4 KB, then 32 KB, then 128 KB, and the file is mapped
+    // only when the walk runs past them (a file no longer than that is read
+    // whole, whatever its container). Reading is cheaper than mapping for so little, and
     // unlike mapping it does not make threads that read files side by side
     // wait for each other.
     if (!trailer) {
