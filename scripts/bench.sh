@@ -105,15 +105,23 @@ run=0
 # The working copies count as the sets they copy.
 tag() { sed "s/^{/{\"run\":$run,\"group\":\"$1\",\"set\":\"${2#work-}\",/" >>"$results"; }
 
-# harness GROUP SET PROGRAM TASK: one process of a harness over the set's list.
+# Page cache warmed once does not stay warm on every machine (memory managers
+# that reclaim pages unused for a while, such as DAMON's, take it back within
+# a minute), so every measure is taken just after a pass over the same files.
+#
+# harness GROUP SET PROGRAM TASK: one process of a harness over the set's list:
+# a warm-up pass, then the pass that counts.
 harness() {
   local list=$lists/$2.list
-  "$bin/bench_$3" "$4" "$list" --passes 1 2>>"$log" | tag "$1" "$2"
+  "$bin/bench_$3" "$4" "$list" --passes 2 2>>"$log" | tail -n 1 | tag "$1" "$2"
 }
+
+# Reads the files of a list whole, for the processes timed from outside.
+warm() { xargs -d '\n' cat <"$1" >/dev/null; }
 
 # The files of a list and their size in bytes, taken before the process runs.
 list_files() { wc -l <"$1"; }
-list_bytes() { xargs -d '\n' stat -c %s <"$1" | awk '{ sum += $1 } END { print sum + 0 }'; }
+list_bytes() { xargs -d '\n' stat -c %s <"$1" | awk '{ sum += $1 } END { printf "%.0f\n", sum }'; }
 
 # process GROUP SET NAME TASK JOBS LIST -- COMMAND...: one whole process, timed
 # from outside; its peak resident set from /usr/bin/time when there is one.
@@ -123,6 +131,7 @@ process() {
   local files bytes start end status=0 peak=0
   files=$(list_files "$list")
   bytes=$(list_bytes "$list")
+  warm "$list"
   start=$(date +%s%N)
   if [ $have_time -eq 1 ]; then
     /usr/bin/time -f %M -o "$build/peak-rss" "$@" >/dev/null 2>>"$log" || status=$?
