@@ -5,6 +5,7 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <cstdio>
@@ -12,6 +13,7 @@
 #include <mutex>
 #include <optional>
 #include <thread>
+#include <vector>
 
 #include "apps/vliptc/Context.h"
 
@@ -56,6 +58,8 @@ private:
     std::chrono::steady_clock::time_point m_last{};
 };
 
+constexpr std::size_t kFilesTakenAtOnce = 8;
+
 FileOutcome Guarded(const FileWork& work, CIPTC& store, const std::string& path) {
     try {
         return work(store, path);
@@ -86,14 +90,22 @@ std::size_t RunBatch(const std::vector<std::string>& paths, std::vector<std::uni
     std::size_t failed = 0;
     ProgressBar progress(total);
 
+    // Workers take files a few at a time and hand their results over under
+    // the lock once per handful: a lock taken per file, for files that take
+    // microseconds, keeps the workers waiting for each other.
     auto worker = [&](CIPTC& store) {
+        std::vector<FileOutcome> done;
         for (;;) {
-            const std::size_t index = nextToTake.fetch_add(1);
-            if (index >= total) return;
-            FileOutcome outcome = Guarded(work, store, paths[index]);
+            const std::size_t first = nextToTake.fetch_add(kFilesTakenAtOnce);
+            if (first >= total) return;
+            const std::size_t end = std::min(total, first + kFilesTakenAtOnce);
+            done.clear();
+            for (std::size_t index = first; index < end; ++index)
+                done.push_back(Guarded(work, store, paths[index]));
             const std::lock_guard lock(mutex);
-            results[index] = std::move(outcome);
-            ++finished;
+            for (std::size_t index = first; index < end; ++index)
+                results[index] = std::move(done[index - first]);
+            finished += end - first;
             while (nextToEmit < total && results[nextToEmit]) {
                 const FileOutcome& ready = *results[nextToEmit];
                 if (!ready.out.empty() || !ready.err.empty()) progress.Clear();
