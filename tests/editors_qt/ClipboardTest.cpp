@@ -34,12 +34,6 @@ bool Same(const CIPTC::FieldList& a, const CIPTC::FieldList& b) {
     });
 }
 
-void PutOnClipboard(const QByteArray& record) {
-    auto* data = new QMimeData;
-    data->setData(kIPTCMimeType, record);
-    QGuiApplication::clipboard()->setMimeData(data);
-}
-
 class ClipboardTest : public ::testing::Test {
 protected:
     TempDir dir;
@@ -112,7 +106,9 @@ TEST_F(ClipboardTest, PasteButtonFollowsTheClipboard) {
     // ends silently and the store stays.
     for (const QByteArray& record :
          {QByteArray("\x02\x00\x00\x00\x00\x00", 6), QByteArray("\x01\x00\x05\x00\x00\x00", 6)}) {
-        PutOnClipboard(record);
+        auto* data = new QMimeData;
+        data->setData(kIPTCMimeType, record);
+        QGuiApplication::clipboard()->setMimeData(data);
         EXPECT_TRUE(paste.isEnabled());
         QTest::mouseClick(&paste, Qt::LeftButton);
         EXPECT_TRUE(Same(store.Fields(), before));

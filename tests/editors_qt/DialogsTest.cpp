@@ -17,7 +17,6 @@
 #include <QSettings>
 #include <QTest>
 #include <QTimeEdit>
-#include <QTimer>
 #include <QTreeView>
 
 #include "editors/Settings.h"
@@ -27,6 +26,7 @@
 #include "editors/dialogs/SynonymEditor.h"
 #include "editors/dialogs/ThesaurusManager.h"
 #include "iptc/IPTC.h"
+#include "tests/editors_qt/QtTestSupport.h"
 #include "tests/support/TempDir.h"
 
 namespace vliptc::test {
@@ -36,13 +36,6 @@ using namespace vliptc::editors;
 
 constexpr std::uint32_t kKeywords = 25;
 constexpr std::uint32_t kObjectName = 5;
-
-template <typename T>
-T& Child(const QWidget& dialog, const char* name) {
-    T* child = dialog.findChild<T*>(QString::fromLatin1(name));
-    if (child == nullptr) throw std::runtime_error(std::string("no widget ") + name);
-    return *child;
-}
 
 void Click(const QWidget& dialog, const char* button) {
     QTest::mouseClick(&Child<QPushButton>(dialog, button), Qt::LeftButton);
@@ -58,18 +51,6 @@ void Type(QWidget& widget, const QString& text) {
     QTest::keyClicks(&widget, text);
 }
 
-std::vector<std::string> Strings(const std::vector<CVLProperty>& values) {
-    std::vector<std::string> out;
-    for (const CVLProperty& value : values) out.push_back(value.String());
-    return out;
-}
-
-std::vector<CVLProperty> Values(std::initializer_list<const char*> texts) {
-    std::vector<CVLProperty> out;
-    for (const char* text : texts) out.emplace_back(text);
-    return out;
-}
-
 // A store whose keywords have a user list and synonyms, in a user folder of its own.
 class StoreTest : public ::testing::Test {
 protected:
@@ -79,9 +60,9 @@ protected:
     void SetUp() override {
         const std::string definitions = "{\nID 5\nNAME Object Name\n}\n{\nID 25\nNAME Keywords\n}\n";
         ASSERT_EQ(store.InitializeFromText(definitions, dir.Path()), CIPTC::kSuccess);
-        ASSERT_TRUE(store.SetUserList(kKeywords, Values({"sea", "sun"})));
+        ASSERT_TRUE(store.SetUserList(kKeywords, Texts({"sea", "sun"})));
         ASSERT_TRUE(store.SetSynonymList(
-            kKeywords, {{CVLProperty("sea"), Values({"ocean", "water"})}, {CVLProperty("sun"), {}}}));
+            kKeywords, {{CVLProperty("sea"), Texts({"ocean", "water"})}, {CVLProperty("sun"), {}}}));
     }
 
     CVLIPTCINI::SynonymList Synonyms() const {
@@ -180,19 +161,18 @@ TEST_F(StoreTest, ThesaurusDoubleClickReturnsTheEntry) {
 TEST_F(StoreTest, ThesaurusCancelPutsBackSynonymsChangedMeanwhile) {
     ThesaurusManager manager(store, kKeywords);
     manager.show();
-    QTimer::singleShot(0, [] {
-        auto* editor = qobject_cast<SynonymEditor*>(QApplication::activeModalWidget());
-        ASSERT_NE(editor, nullptr);
+    OnModal([](QWidget& editor) {
+        ASSERT_NE(qobject_cast<SynonymEditor*>(&editor), nullptr);
         QCoreApplication::processEvents();
-        auto& tree = Child<QTreeView>(*editor, "tree");
+        auto& tree = Child<QTreeView>(editor, "tree");
         tree.setCurrentIndex(tree.model()->index(0, 0));
-        Click(*editor, "remove");
-        PressOk(*editor);
+        Click(editor, "remove");
+        PressOk(editor);
     });
     Click(manager, "editSynonyms");
     EXPECT_EQ(Synonyms().count(CVLProperty("sea")), 0u) << "the synonym editor stores on its own OK";
     manager.reject();
-    EXPECT_EQ(Synonyms().at(CVLProperty("sea")), Values({"ocean", "water"}));
+    EXPECT_EQ(Synonyms().at(CVLProperty("sea")), Texts({"ocean", "water"}));
 }
 
 TEST_F(StoreTest, SynonymEditorEditsReachSetSynonymList) {
@@ -234,7 +214,7 @@ TEST_F(StoreTest, SynonymEditorEditsReachSetSynonymList) {
 
     PressOk(editor);
     const CVLIPTCINI::SynonymList expected = {{CVLProperty("lake"), {}},
-                                              {CVLProperty("sea"), Values({"salt water", "ocean"})},
+                                              {CVLProperty("sea"), Texts({"salt water", "ocean"})},
                                               {CVLProperty("sun"), {}}};
     EXPECT_EQ(Synonyms(), expected);
 }

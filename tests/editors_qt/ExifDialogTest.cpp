@@ -21,6 +21,7 @@
 #include "editors/dialogs/DateEditor.h"
 #include "editors/dialogs/ExifDialog.h"
 #include "exif/EXIF.h"
+#include "tests/editors_qt/QtTestSupport.h"
 #include "tests/support/Corpus.h"
 #include "tests/support/TempDir.h"
 
@@ -31,13 +32,6 @@ using namespace vliptc::editors;
 
 // Carries the three dates (2008:07:31 10:38:11, and 2008:05:30 15:56:01 twice).
 const std::string kCameraJpeg = kCorpus + "jpeg/ian_Canon_40D.jpg";
-
-template <typename T>
-T& Child(const QWidget& parent, const char* name) {
-    T* child = parent.findChild<T*>(QString::fromLatin1(name));
-    if (child == nullptr) throw std::runtime_error(std::string("no widget ") + name);
-    return *child;
-}
 
 class ExifDialogTest : public ::testing::Test {
 protected:
@@ -172,43 +166,36 @@ TEST_F(ExifDialogTest, EditedDatesReachTheCatalogueAndTheFileInTheExifForm) {
     }
 }
 
-TEST_F(ExifDialogTest, CloseTakesTheEditsBack) {
-    ExifDialog dialog(exif, false, profile);
-    dialog.show();
-    ASSERT_TRUE(QTest::qWaitForWindowExposed(&dialog));
-    ASSERT_TRUE(
-        DoubleClickValue(dialog, RowOf(dialog, CVLEXIF::kDateTime), QDate(2020, 2, 29), QTime(1, 2, 3)));
-    EXPECT_EQ(Values(CVLEXIF::kDateTime), std::vector<CVLProperty>{CVLProperty("2020:02:29 01:02:03")});
-    QTest::mouseClick(&Child<QPushButton>(dialog, "close"), Qt::LeftButton);
-    EXPECT_EQ(dialog.result(), QDialog::Rejected);
-    EXPECT_EQ(Values(CVLEXIF::kDateTime), std::vector<CVLProperty>{CVLProperty("2008:07:31 10:38:11")});
-}
-
-TEST_F(ExifDialogTest, ViewOnlyHidesOkAndEditsNothing) {
-    ExifDialog dialog(exif, true, profile);
-    dialog.show();
-    ASSERT_TRUE(QTest::qWaitForWindowExposed(&dialog));
-    const auto& ok = Child<QPushButton>(dialog, "ok");
-    EXPECT_TRUE(ok.isHidden());
-    EXPECT_FALSE(ok.isEnabled());
-    EXPECT_TRUE(Child<QLabel>(dialog, "note").isHidden());
-    const int row = RowOf(dialog, CVLEXIF::kDateTimeOriginal);
-    EXPECT_EQ(Table(dialog).item(row, 1)->background().color(), QColor(Qt::white));
-    EXPECT_FALSE(DoubleClickValue(dialog, row));
-}
-
-TEST_F(ExifDialogTest, PlacementComesBackFromEXIFDlg) {
+// Close takes the edits back and keeps the placement under "EXIFDlg"; the
+// view-only dialog opened next comes back there, and edits nothing.
+TEST_F(ExifDialogTest, CloseTakesTheEditsBackAndViewOnlyEditsNothing) {
     const QRect placed(30, 40, 500, 400);
     {
         ExifDialog dialog(exif, false, profile);
         dialog.show();
+        ASSERT_TRUE(QTest::qWaitForWindowExposed(&dialog));
         dialog.setGeometry(placed);
+        ASSERT_TRUE(
+            DoubleClickValue(dialog, RowOf(dialog, CVLEXIF::kDateTime), QDate(2020, 2, 29), QTime(1, 2, 3)));
+        EXPECT_EQ(Values(CVLEXIF::kDateTime), std::vector<CVLProperty>{CVLProperty("2020:02:29 01:02:03")});
+        QTest::mouseClick(&Child<QPushButton>(dialog, "close"), Qt::LeftButton);
+        EXPECT_EQ(dialog.result(), QDialog::Rejected);
+        EXPECT_EQ(Values(CVLEXIF::kDateTime), std::vector<CVLProperty>{CVLProperty("2008:07:31 10:38:11")});
     }
     EXPECT_EQ(settings.value("EXIFDlg/wp.showCmd").toInt(), kShowNormal);
     EXPECT_EQ(settings.value("EXIFDlg/wp.right").toInt(), 530);
-    ExifDialog again(exif, true, profile);
-    again.show();
-    EXPECT_EQ(again.geometry(), placed);
+
+    ExifDialog viewer(exif, true, profile);
+    viewer.show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&viewer));
+    EXPECT_EQ(viewer.geometry(), placed);
+    const auto& ok = Child<QPushButton>(viewer, "ok");
+    EXPECT_TRUE(ok.isHidden());
+    EXPECT_FALSE(ok.isEnabled());
+    EXPECT_TRUE(Child<QLabel>(viewer, "note").isHidden());
+    const int row = RowOf(viewer, CVLEXIF::kDateTimeOriginal);
+    EXPECT_EQ(Table(viewer).item(row, 1)->background().color(), QColor(Qt::white));
+    EXPECT_FALSE(DoubleClickValue(viewer, row));
 }
 
 }  // namespace

@@ -31,6 +31,9 @@ namespace {
 using namespace vliptc::editors;
 
 constexpr std::uint32_t kKeywords = 25;
+// The thesaurus of the pictures, also what the chooser offers.
+constexpr const char* kWords[] = {"boats",  "dusk", "fishing", "harbour",
+                                  "Norway", "sea",  "sunset",  "\xC5lesund"};
 
 class Screenshots : public ::testing::Test {
 protected:
@@ -47,10 +50,7 @@ protected:
         ASSERT_EQ(store.Initialize("resources/", user.Path()), CIPTC::kSuccess)
             << "run from the repository root";
         std::vector<CVLProperty> keywords;
-        for (const char* word :
-             {"boats", "dusk", "fishing", "harbour", "Norway", "sea", "sunset", "\xC5lesund"}) {
-            keywords.emplace_back(word);
-        }
+        for (const char* word : kWords) keywords.emplace_back(word);
         store.SetUserList(kKeywords, keywords);
         store.SetSynonymList(kKeywords,
                              {{CVLProperty("boats"), {CVLProperty("ships"), CVLProperty("vessels")}},
@@ -71,9 +71,7 @@ TEST_F(Screenshots, Dialogs) {
     QSettings settings;
     Profile profile(settings);
     std::vector<ChooserEntry> entries;
-    for (const char* word :
-         {"boats", "dusk", "fishing", "harbour", "Norway", "sea", "sunset", "\xC5lesund"}) {
-        const std::string text = word;
+    for (const std::string text : kWords) {
         entries.push_back({text, text == "boats" || text == "harbour" || text == "sea"});
     }
     KeywordChooser chooser(entries, profile);

@@ -51,7 +51,6 @@ std::string Formatted(CVLEXIF& exif, Tag tag, std::vector<CVLProperty> values) {
     return text;
 }
 
-constexpr double kInf = std::numeric_limits<double>::infinity();
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
 TEST(ExifFormat, RulesOfTheirOwn) {
@@ -72,10 +71,8 @@ TEST(ExifFormat, RulesOfTheirOwn) {
         {CVLEXIF::kShutterSpeedValue, Real(-1.0), "2.00 s"},
         {CVLEXIF::kShutterSpeedValue, Real(6.9657), "1/124 s"},  // 124.99: truncated
         {CVLEXIF::kShutterSpeedValue, Real(40.0), "1/2147483647 s"},
-        {CVLEXIF::kApertureValue, Real(4.0), "F 4.00"},  // 3.99985 rounded by the formatter
-        {CVLEXIF::kApertureValue, Real(5.0), "F 5.66"},
+        {CVLEXIF::kApertureValue, Real(4.0), "F 4.00"},     // 3.99985 rounded by the formatter
         {CVLEXIF::kBrightnessValue, Real(0.0), "EV 1.00"},  // the aperture's conversion
-        {CVLEXIF::kBrightnessValue, Real(2.0), "EV 2.00"},
         {CVLEXIF::kExposureBiasValue, Real(-1.0 / 3), "EV -0.33"},
         {CVLEXIF::kExposureBiasValue, Real(-0.001), "EV 0.00"},
         {CVLEXIF::kMaxApertureValue, Real(3.0), "F 3.00"},  // no conversion
@@ -83,14 +80,12 @@ TEST(ExifFormat, RulesOfTheirOwn) {
         {CVLEXIF::kFocalPlaneXResolution, Real(2834.6), "2834"},
         {CVLEXIF::kFocalPlaneYResolution, Real(-1294967296.0), "3000000000"},  // 3e9/1 read as signed
         {CVLEXIF::kFocalPlaneYResolution, Real(kNaN), "0"},
-        // A number the formatter refuses (infinity, NaN) shows as nothing,
+        // A number the formatter refuses (infinite, NaN) shows as nothing,
         // as when the host's formatter fails.
         {CVLEXIF::kApertureValue, Real(1e6), "F"},
         {CVLEXIF::kExposureBiasValue, Real(kNaN), "EV"},
-        {CVLEXIF::kSubjectDistance, Real(kInf), "m"},
         {CVLEXIF::kFlash, Int(0x19), "Fired"},
         {CVLEXIF::kFlash, Int(0x10), "Not fired"},
-        {CVLEXIF::kFlash, Int(0x01), "Fired"},
         // "File source" and "Scene type" are kept as decimal text.
         {CVLEXIF::kFileSource, Text("3"), "DSC"},
         {CVLEXIF::kFileSource, Text("0"), "Unknown"},
@@ -119,8 +114,6 @@ TEST(ExifFormat, EveryEnumerationAndItsOtherValues) {
         {CVLEXIF::kYCbCrPositioning, {{1, "Centered"}, {2, "Co-sided"}}, {0, 3}, "Unknown"},
         {CVLEXIF::kResolutionUnit, {{2, "Inches"}, {3, "Centimeters"}}, {1, 4}, "Unknown"},
         {CVLEXIF::kFocalPlaneResolutionUnit, {{2, "Inches"}, {3, "Centimeters"}}, {1}, "Unknown"},
-        {CVLEXIF::kSceneType, {{1, "A directly photographed image"}}, {0}, "Unspecified"},
-        {CVLEXIF::kFileSource, {{3, "DSC"}}, {1}, "Unknown"},
         {CVLEXIF::kOrientation,
          {{1, "top/left"},
           {2, "top/right"},
@@ -225,6 +218,8 @@ TEST(ExifFormat, FieldsWithoutValuesAndUnknownTags) {
     exif.bUseDefaults = true;
     EXPECT_TRUE(exif.GetFormattedField(CVLEXIF::kXResolution, text));
     EXPECT_EQ(text, "72");
+    EXPECT_TRUE(exif.GetFormattedField(CVLEXIF::kYResolution, text));
+    EXPECT_EQ(text, "72");
     EXPECT_FALSE(exif.GetFormattedField(CVLEXIF::kMake, text));  // no default
     EXPECT_FALSE(exif.GetFormattedField(static_cast<Tag>(0x8830), text));
     EXPECT_FALSE(exif.GetFormattedField(CVLEXIF::kNoField, text));
@@ -270,7 +265,6 @@ TEST(ExifFormat, FormatStringExpandsTagNumbers) {
     Set(exif, CVLEXIF::kGPSAltitudeRef, {Int(1)});  // tag 5
     const std::pair<const char*, const char*> cases[] = {
         {"#33434 at #33437", "1/250 s at 5.6"},
-        {"#", "#"},
         {"a#b#", "a#b#"},
         {"##33434", "#1/250 s"},
         {"#0033434!", "1/250 s!"},
