@@ -1,4 +1,4 @@
-// CVLEXIF: the field catalogue, its look-ups, and LoadFile (the mapping of
+// CVLEXIF: the field catalogue, its look-ups, and LoadFile (the reading of
 // the file; the walk itself is in internal/ContainerWalk and IFDParser).
 
 #include "exif/EXIF.h"
@@ -7,6 +7,7 @@
 #include <array>
 #include <cstddef>
 #include <iterator>
+#include <span>
 #include <string_view>
 #include <vector>
 
@@ -78,6 +79,27 @@ bool StartsWithFreshCatalogue(const std::vector<SField>& fields) {
            std::equal(fresh.begin(), fresh.end(), fields.begin(), [](const SField& a, const SField& b) {
                return a.nTag == b.nTag && a.nGroup == b.nGroup && a.strName == b.strName;
            });
+}
+
+// How much of a file LoadFile reads, step by step, before it maps it.
+constexpr std::array<std::size_t, 2> kStartSteps{16 * 1024, 64 * 1024};
+
+struct Walked {
+    CVLEXIF::EError result = CVLEXIF::errOK;
+    bool motorola = false;
+    bool missed = false;        // the walk wanted bytes beyond those it was given,
+    std::uint64_t missedEnd = 0;  // up to here
+};
+
+// The container walk over the first bytes of a file of size bytes.
+Walked Walk(std::span<const std::uint8_t> start, std::size_t size, std::vector<SField>& fields) {
+    vliptc::exif::ContainerWalk walk(start, size, fields);
+    Walked walked;
+    walked.result = walk.ParseEXIF();
+    walked.motorola = walk.Motorola();
+    walked.missed = walk.Missed();
+    walked.missedEnd = walk.MissedEnd();
+    return walked;
 }
 
 }  // namespace
@@ -169,7 +191,7 @@ CVLEXIF::EError CVLEXIF::LoadFile(const char* path) {
         Reset();
 
         vliptc::platform::MappedFile file;
-        switch (file.Open(*target, vliptc::platform::MappedFile::Access::ReadOnly)) {
+        switch (file.OpenFile(*target, vliptc::platform::MappedFile::Access::ReadOnly)) {
             case vliptc::platform::MappedFile::Status::Ok:
                 break;
             case vliptc::platform::MappedFile::Status::CannotOpen:
@@ -179,15 +201,35 @@ CVLEXIF::EError CVLEXIF::LoadFile(const char* path) {
             case vliptc::platform::MappedFile::Status::CannotMap:
                 return errMap;
         }
-        // The end of the data is the mapping plus the low 32 bits of the size,
-        // as for the 32-bit system the format rules come from.
-        const auto bytes =
-            file.Bytes().first(static_cast<std::size_t>(static_cast<std::uint32_t>(file.Size())));
-        vliptc::exif::ContainerWalk walk(bytes, m_vFields);
-        const EError result = walk.ParseEXIF();
-        bMotorola = walk.Motorola();
-        if (result == errOK) SortFields();
-        return result;
+        // The end of the data is the start of the file plus the low 32 bits
+        // of its size, as for the 32-bit system the format rules come from.
+        const auto size = static_cast<std::size_t>(static_cast<std::uint32_t>(file.Size()));
+
+        // The EXIF data of nearly every file lies in its first 64 KB (a JPEG's
+        // APP1 segment cannot be longer), mostly in its first 16 KB: the walk
+        // reads those first, a copy from the page cache that costs less than
+        // mapping the file, and walks again over more of it only when it
+        // wanted more: the first 64 KB if that holds what it wanted, else the
+        // whole mapped file.
+        thread_local std::vector<std::uint8_t> start(kStartSteps.back());
+        std::size_t have = 0;
+        Walked walked;
+        for (const std::size_t step : kStartSteps) {
+            const std::size_t want = std::min(size, step);
+            if (walked.missed && want < walked.missedEnd) break;
+            if (!file.ReadAt(have, std::span<std::uint8_t>(start.data() + have, want - have))) return errMap;
+            have = want;
+            walked = Walk(std::span<const std::uint8_t>(start.data(), have), size, m_vFields);
+            if (!walked.missed) break;
+            Reset();
+        }
+        if (walked.missed) {
+            if (file.Map() != vliptc::platform::MappedFile::Status::Ok) return errMap;
+            walked = Walk(file.Bytes().first(size), size, m_vFields);
+        }
+        bMotorola = walked.motorola;
+        if (walked.result == errOK) SortFields();
+        return walked.result;
     } catch (...) {
         // Out of memory, a host exception: the catalogue keeps what it holds.
         return errException;

@@ -12,7 +12,7 @@
 // library knows by name, plus one record for every unknown tag the file
 // carried, filled by LoadFile.
 //
-// LoadFile maps the file and recognises the container by its first bytes:
+// LoadFile reads the file and recognises the container by its first bytes:
 // TIFF and TIFF-structured raw files ("II"/"MM"), Photoshop documents ("8BPS",
 // resource 1058), JPEG (the first APP1 segment, "Exif"); a ".CRW" raw file is
 // read through its ".thm" companion. It walks the chain of TIFF directories

@@ -5,7 +5,10 @@
 // codes; a successful read leaves the catalogue in display order; every
 // field formats (under a fixed number format, so the run does not depend on
 // the locale); the same bytes taken as TIFF data must give every FindTag
-// location inside them.
+// location inside them; a walk over a start of the bytes that wanted nothing
+// past it (the reader's first walk sees only a file's first 64 KB) must
+// store just what the walk over all of them stores.
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
@@ -19,6 +22,7 @@
 #include <unistd.h>
 
 #include "exif/EXIF.h"
+#include "exif/internal/ContainerWalk.h"
 #include "exif/internal/ExifStream.h"
 #include "exif/internal/IFDParser.h"
 #include "host/ByteOrder.h"
@@ -85,6 +89,28 @@ void CheckFindTag(std::span<const std::uint8_t> bytes) {
     }
 }
 
+bool SameFields(const std::vector<CVLEXIF::SField>& a, const std::vector<CVLEXIF::SField>& b) {
+    return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](const auto& x, const auto& y) {
+        return x.nTag == y.nTag && x.strName == y.strName && x.bPresent == y.bPresent && x.nGroup == y.nGroup &&
+               x.bGPS == y.bGPS && x.vValues == y.vValues;
+    });
+}
+
+void CheckStartWalk(std::span<const std::uint8_t> bytes, std::size_t startSize) {
+    std::vector<CVLEXIF::SField> whole = CVLEXIF().Fields();
+    std::vector<CVLEXIF::SField> part = whole;
+    vliptc::exif::ContainerWalk full(bytes, bytes.size(), whole);
+    vliptc::exif::ContainerWalk start(bytes.first(startSize), bytes.size(), part);
+    const CVLEXIF::EError fullResult = full.ParseEXIF();
+    const CVLEXIF::EError startResult = start.ParseEXIF();
+    Check(!full.Missed());
+    if (start.Missed()) {
+        Check(start.MissedEnd() > startSize && start.MissedEnd() <= bytes.size());
+        return;
+    }
+    Check(fullResult == startResult && full.Motorola() == start.Motorola() && SameFields(whole, part));
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -113,5 +139,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     }
     Check((result == CVLEXIF::errEmpty) == (fileSize == 0));
     CheckFindTag({file, fileSize});
+    CheckStartWalk({file, fileSize}, fileSize * (data[0] >> 3) / 32);
     return 0;
 }

@@ -42,12 +42,13 @@ char UpperAscii(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a
 
 }  // namespace
 
-ContainerWalk::ContainerWalk(std::span<const std::uint8_t> file, std::vector<CVLEXIF::SField>& fields)
-    : ContainerWalk(file, fields, Purpose::kRead) {}
+ContainerWalk::ContainerWalk(std::span<const std::uint8_t> start, std::uint64_t size,
+                             std::vector<CVLEXIF::SField>& fields)
+    : ContainerWalk(start, size, fields, Purpose::kRead) {}
 
-ContainerWalk::ContainerWalk(std::span<const std::uint8_t> file, std::vector<CVLEXIF::SField>& fields,
-                             Purpose purpose)
-    : m_stream(file), m_ifd(m_stream, fields), m_purpose(purpose) {}
+ContainerWalk::ContainerWalk(std::span<const std::uint8_t> start, std::uint64_t size,
+                             std::vector<CVLEXIF::SField>& fields, Purpose purpose)
+    : m_stream(start, size), m_ifd(m_stream, fields), m_purpose(purpose) {}
 
 CVLEXIF::EError ContainerWalk::ParseEXIF() {
     m_stream.SetPosition(0);
@@ -61,9 +62,9 @@ CVLEXIF::EError ContainerWalk::ParseEXIF() {
     }
     if (first != jpeg::kMarkerPrefix) {
         if (first != '8' || second != 'B' || m_stream.Size() < kMinPsdFileBytes) return CVLEXIF::errFormat;
-        const auto data = m_stream.Data();
-        if (!std::equal(kPsdSignature.begin(), kPsdSignature.end(), data.begin()) ||
-            bytes::Read16(data, kPsdSignature.size(), ByteOrder::kBigEndian) != kPsdVersion) {
+        const auto header = m_stream.Bytes(0, kPsdSignature.size() + 2);
+        if (!header || !std::equal(kPsdSignature.begin(), kPsdSignature.end(), header->begin()) ||
+            bytes::Read16(*header, kPsdSignature.size(), ByteOrder::kBigEndian) != kPsdVersion) {
             return CVLEXIF::errFormat;
         }
         m_stream.SetPosition(0);
@@ -179,9 +180,9 @@ bool ContainerWalk::ReadIRB(ImageResource& block) {
     const std::uint64_t size = m_stream.Size();
     const std::uint64_t start = m_stream.Position();
     if (start >= size || size - start <= kMinResourceBytes) return false;
-    const auto data = m_stream.Data();
-    const auto signature = data.subspan(static_cast<std::size_t>(start), kResourceSignature.size());
-    const bool signatureOK = std::equal(signature.begin(), signature.end(), kResourceSignature.begin());
+    const auto signature = m_stream.Bytes(start, kResourceSignature.size());
+    const bool signatureOK =
+        signature && std::equal(signature->begin(), signature->end(), kResourceSignature.begin());
     block.nID = m_stream.ReadWord(start + 4).value_or(0);
     m_stream.SetPosition(start + 6);
     block.strName = ReadPString();
@@ -189,11 +190,10 @@ bool ContainerWalk::ReadIRB(ImageResource& block) {
 
     const std::uint64_t lengthAt = m_stream.Position();
     if (size - lengthAt <= 4) return false;
-    const std::uint32_t length = *m_stream.ReadDWord(lengthAt);
+    const std::uint32_t length = m_stream.ReadDWord(lengthAt).value_or(0);
     const std::uint64_t dataAt = lengthAt + 4;
     if (length >= size - dataAt || length >= limits::kMaxExifResourceBytes) return false;
     block.nSize = length;
-    block.data = data.subspan(static_cast<std::size_t>(dataAt), length);
     m_stream.SetPosition(dataAt + length + (length & 1u));
     return true;
 }
@@ -201,12 +201,11 @@ bool ContainerWalk::ReadIRB(ImageResource& block) {
 // A Pascal string padded to an even length: a length byte L, then L bytes.
 // The name is the text up to the first zero byte within them.
 std::string ContainerWalk::ReadPString() {
-    const auto data = m_stream.Data();
     const std::uint64_t start = m_stream.Position();
-    const std::uint8_t length = bytes::Read8(data, start).value_or(0);
+    const std::uint8_t length = m_stream.ReadByte(start).value_or(0);
     std::string name;
     for (std::uint64_t i = 1; i <= length; ++i) {
-        const auto byte = bytes::Read8(data, start + i);
+        const auto byte = m_stream.ReadByte(start + i);
         if (!byte || *byte == 0) break;
         name.push_back(static_cast<char>(*byte));
     }

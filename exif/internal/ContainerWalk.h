@@ -15,12 +15,11 @@
 
 namespace vliptc::exif {
 
-// One Photoshop image resource block. Its data is a view into the mapped
-// file: the EXIF resource is parsed in place, nothing is copied.
+// One Photoshop image resource block, its data left in the file: the EXIF
+// resource is parsed in place, nothing is copied.
 struct ImageResource {
     std::uint32_t nSize = 0;  // length of the data
     std::uint16_t nID = 0;    // resource identifier
-    std::span<const std::uint8_t> data;
     std::string strName;
 };
 
@@ -30,8 +29,9 @@ struct ImageResource {
 // instead of reading it.
 class ContainerWalk {
 public:
-    // fields: the catalogue, in creation order (see IFDParser).
-    ContainerWalk(std::span<const std::uint8_t> file, std::vector<CVLEXIF::SField>& fields);
+    // fields: the catalogue, in creation order (see IFDParser). start: the
+    // first bytes of a file of size bytes, or all of them (see ExifStream).
+    ContainerWalk(std::span<const std::uint8_t> start, std::uint64_t size, std::vector<CVLEXIF::SField>& fields);
     virtual ~ContainerWalk() = default;
     ContainerWalk(const ContainerWalk&) = delete;
     ContainerWalk& operator=(const ContainerWalk&) = delete;
@@ -44,10 +44,16 @@ public:
 
     // The byte order of the TIFF data last parsed.
     bool Motorola() const noexcept { return m_stream.Motorola(); }
+    // The walk wanted bytes beyond those it was given (the first such want
+    // ended at MissedEnd): what it stored is not to be trusted, and a walk
+    // over more of the file will tell.
+    bool Missed() const noexcept { return m_stream.Missed(); }
+    std::uint64_t MissedEnd() const noexcept { return m_stream.MissedEnd(); }
 
 protected:
     enum class Purpose { kRead, kWrite };
-    ContainerWalk(std::span<const std::uint8_t> file, std::vector<CVLEXIF::SField>& fields, Purpose purpose);
+    ContainerWalk(std::span<const std::uint8_t> start, std::uint64_t size, std::vector<CVLEXIF::SField>& fields,
+                  Purpose purpose);
 
     // The EXIF data the walk found, at an APP1 length field (atTiffHeader
     // false) or at a TIFF header (a TIFF file's start, the data of the

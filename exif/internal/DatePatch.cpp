@@ -32,7 +32,7 @@ std::optional<std::string> DateText(const CVLEXIF& exif, CVLEXIF::EFieldTags tag
 }  // namespace
 
 DatePatch::DatePatch(std::span<std::uint8_t> file, CVLEXIF& exif)
-    : ContainerWalk(file, exif.Fields(), Purpose::kWrite), m_file(file), m_exif(exif) {}
+    : ContainerWalk(file, file.size(), exif.Fields(), Purpose::kWrite), m_file(file), m_exif(exif) {}
 
 CVLEXIF::EError DatePatch::ParseEXIFforWrite() {
     m_writes.clear();

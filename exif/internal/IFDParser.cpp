@@ -160,10 +160,9 @@ std::optional<CVLEXIF::SIFDEntry> IFDParser::ReadIFD(std::uint64_t offset) const
 
 std::optional<CVLEXIF::STIFFHeader> IFDParser::ReadTIFFHeader() {
     const std::uint64_t tiff = m_stream.Position();
-    const auto data = m_stream.Data();
     m_stream.SetTIFFStart(tiff);
-    const auto first = bytes::Read8(data, tiff);
-    const auto second = bytes::Read8(data, tiff + 1);
+    const auto first = m_stream.ReadByte(tiff);
+    const auto second = m_stream.ReadByte(tiff + 1);
     const bool little = first == kLittleEndianMark && second == kLittleEndianMark;
     const bool big = first == kBigEndianMark && second == kBigEndianMark;
     m_stream.SetMotorola(!little);
@@ -264,14 +263,19 @@ bool IFDParser::DecodeValues(std::uint32_t tag, std::uint64_t tiff, const CVLEXI
     // out least-significant byte first: in file order for little-endian files,
     // reversed for big-endian ones. Only the version texts undo that.
     const auto field = bytes::Encode32(entry.nValue, ByteOrder::kLittleEndian);
-    std::span<const std::uint8_t> data = field;
-    if (total > kValueFieldBytes) {
-        const std::uint64_t offset = tiff + entry.nValue;
-        data = offset <= m_stream.Size() ? m_stream.Data().subspan(static_cast<std::size_t>(offset))
-                                         : std::span<const std::uint8_t>();
-    }
-    // The first n bytes of the data; nullopt makes the entry absent.
-    const auto need = [&data](std::uint64_t n) { return bytes::Slice(data, 0, n); };
+    const bool inField = total <= kValueFieldBytes;
+    const std::uint64_t offset = tiff + entry.nValue;
+    // The n bytes of the data from its start + skip; nullopt makes the entry absent.
+    const auto need = [&](std::uint64_t n, std::uint64_t skip = 0) {
+        return inField ? bytes::Slice(field, skip, n) : m_stream.Bytes(offset + skip, n);
+    };
+    // How many bytes the data holds from its start + skip: to the end of the
+    // value field, or of the file.
+    const auto room = [&](std::uint64_t skip) -> std::uint64_t {
+        const std::uint64_t at = inField ? skip : offset + skip;
+        const std::uint64_t end = inField ? field.size() : m_stream.Size();
+        return at <= end ? end - at : 0;
+    };
 
     if (entry.nType == CVLEXIF::kTypeByte && count > kMaxByteValues) {
         const auto blob = need(count);
@@ -285,7 +289,9 @@ bool IFDParser::DecodeValues(std::uint32_t tag, std::uint64_t tiff, const CVLEXI
         // UTF-16 text of (type size x count) units: twice the bytes the entry
         // declares, stopped at the first zero unit.
         if (!need(total)) return false;
-        const std::u16string text = Utf16Text(data, total);
+        const auto units = need(std::min(2 * total, room(0) & ~std::uint64_t{1}));
+        if (!units) return false;
+        const std::u16string text = Utf16Text(*units, total);
         if (!Spend(1, text.size())) return false;
         values.push_back(WideText(text));
         return true;
@@ -361,7 +367,11 @@ bool IFDParser::DecodeValues(std::uint32_t tag, std::uint64_t tiff, const CVLEXI
                     const std::string code = ZeroTerminated(comment->first(kCommentCodeBytes));
                     const std::uint32_t rest = count - kCommentCodeBytes;
                     if (EqualsNoCase(code, "UNICODE") || EqualsNoCase(code, "JIS")) {
-                        const std::u16string text = Utf16Text(data.subspan(kCommentCodeBytes), rest);
+                        const auto units = need(
+                            std::min(2 * std::uint64_t{rest}, room(kCommentCodeBytes) & ~std::uint64_t{1}),
+                            kCommentCodeBytes);
+                        if (!units) return false;
+                        const std::u16string text = Utf16Text(*units, rest);
                         if (!Spend(1, text.size())) return false;
                         values.push_back(WideText(text));
                     } else {

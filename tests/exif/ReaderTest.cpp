@@ -120,6 +120,13 @@ std::vector<Case> ContainerCases() {
     foreign[0] = 'P';
     std::string version2 = Psd(Resource(0x0422, ExifTiff()));
     version2[5] = 2;
+    // The reader reads a file's first 16 KB, then its first 64 KB, and maps
+    // it only when the walk wants more: EXIF data, or a value, past them.
+    const std::string beyond(70000, 'b');
+    const std::string valueBeyond = Tiff(false)
+                                        .Add(0, 0x9990, kByte, std::uint32_t(beyond.size()), beyond)
+                                        .Add(0, 271, kAscii, 6, std::string("Canon\0", 6))
+                                        .Build();
     // clang-format off
     return {
         {"jpeg_exif", kSOI + Segment(0xE0, "JFIF") + Segment(0xE1, exif) + kSOS, CVLEXIF::errOK, {{271, "Canon"}}},
@@ -135,6 +142,10 @@ std::vector<Case> ContainerCases() {
         {"psd_20_bytes", "8BPS" + std::string(16, '\0'), CVLEXIF::errFormat, {}},
         {"psd_version_2", version2, CVLEXIF::errFormat, {}},
         {"text_file", "hello, world", CVLEXIF::errFormat, {}},
+        {"jpeg_exif_past_16k", kSOI + Segment(0xE0, beyond.substr(0, 20000)) + Segment(0xE1, exif) + kSOS, CVLEXIF::errOK, {{271, "Canon"}}},
+        {"jpeg_exif_past_64k", kSOI + Segment(0xE0, beyond.substr(0, 65000)) + Segment(0xE1, exif) + kSOS, CVLEXIF::errOK, {{271, "Canon"}}},
+        {"tiff_values_past_64k", valueBeyond, CVLEXIF::errOK, {{0x9990, "<70000 bytes>"}, {271, "Canon"}}},
+        {"psd_exif_past_64k", Psd(Resource(0x0404, beyond) + Resource(0x0422, ExifTiff())), CVLEXIF::errOK, {{271, "Canon"}}},
     };
     // clang-format on
 }
