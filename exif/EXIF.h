@@ -189,7 +189,7 @@ public:
         errFormat = 2,     // not a recognised container, bad TIFF header, unusable directory chain
         errNoEXIF = 3,     // a JPEG or Photoshop file without EXIF, or EXIF that could not be parsed
         errOpen = 4,       // the file (or a ".CRW"'s ".thm" companion) cannot be opened or does not exist
-        errMap = 5,        // the file could not be mapped
+        errMap = 5,        // the file could not be mapped (or, reading, its first bytes not read)
         errEmpty = 6,      // the file is empty
         errReadOnly = 7,   // the file cannot be written (write path only)
     };
