@@ -214,6 +214,26 @@ TEST(ExifStore, RefusesEntriesThatCannotHoldTheDate) {
     }
 }
 
+// A date in a later directory of the chain (as a thumbnail's directory may
+// carry one) is found and written like one in the first.
+TEST(ExifStore, WritesADateInALaterDirectory) {
+    const std::string old = std::string("2001:01:01 00:00:00") + '\0';
+    for (const bool big : {false, true}) {
+        SCOPED_TRACE(big ? "MM" : "II");
+        TempDir dir;
+        const std::string path = dir.File("image.tif");
+        const std::string content =
+            Tiff(big).Add(0, 256, kLong, 1, Tiff(big).Longs({1})).Add(1, 306, kAscii, 20, old).Build();
+        WriteFile(path, content);
+        CVLEXIF exif;
+        SetNewDates(exif);
+        ASSERT_EQ(exif.StoreFile(path.c_str()), CVLEXIF::errOK);
+        std::string expected = content;
+        expected.replace(content.find(old), 20, kNewDates[0] + '\0');
+        EXPECT_TRUE(ReadFile(path) == expected);
+    }
+}
+
 // The writer skips comment and APP12 segments by their length, so a 0xFF
 // inside them cannot stop its walk (the reader scans through them).
 TEST(ExifStore, SkipsCommentSegmentsByTheirLength) {
