@@ -9,6 +9,7 @@
 
 #include "platform/SafeReplace.h"
 #include "tests/containers/ContainerSupport.h"
+#include "tests/support/Unprivileged.h"
 
 namespace vliptc::test {
 namespace {
@@ -76,12 +77,8 @@ TEST_F(FileFailure, AllThousandBackupNamesTaken) {
 
 TEST_F(FileFailure, ReadOnlyFileIsNotReplaced) {
     ASSERT_EQ(::chmod(m_path.c_str(), 0444), 0);
-    if (::geteuid() == 0) {
-        // Permissions cannot stop root; a folder that refuses the new file
-        // is what a read-only file amounts to for the writer.
-        fault::FailNth(fault::Step::Create, 1);
-    }
-    EXPECT_EQ(Write(), CIPTC::kCannotMapOrWrite);
+    OpenToOthers(m_dir.Path());
+    EXPECT_TRUE(AsUnprivileged([&] { return Write() == CIPTC::kCannotMapOrWrite; }));
     ::chmod(m_path.c_str(), 0644);
     ExpectUntouched();
 }

@@ -10,10 +10,13 @@
 
 #include "platform/internal/PosixFiles.h"
 #include "tests/support/TempDir.h"
+#include "tests/support/Unprivileged.h"
 
 namespace vliptc::platform {
 namespace {
 
+using test::AsUnprivileged;
+using test::OpenToOthers;
 using test::ReadFile;
 using test::TempDir;
 using test::WriteFile;
@@ -188,8 +191,8 @@ TEST(FileSystem, IsReadOnly) {
     EXPECT_FALSE(IsReadOnly(path));
     EXPECT_TRUE(IsReadOnly(dir.File("missing")));
     ASSERT_EQ(::chmod(path.c_str(), 0444), 0);
-    if (::geteuid() == 0) GTEST_SKIP() << "root may write a 0444 file; cannot check read-only here";
-    EXPECT_TRUE(IsReadOnly(path));
+    OpenToOthers(dir.Path());
+    EXPECT_TRUE(AsUnprivileged([&] { return IsReadOnly(path); }));
 }
 
 }  // namespace

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "platform/FileSystem.h"
+#include "tests/support/Unprivileged.h"
 #include "tests/tags/TagsTestSupport.h"
 
 namespace vliptc::test {
@@ -216,12 +217,11 @@ TEST(UserLists, BackupAndRollback) {
 }
 
 TEST(UserLists, ReadOnlyFolderKeepsTheFile) {
-    if (::geteuid() == 0) GTEST_SKIP() << "permissions do not bind root";
     TagFolder folder(kKeywordTag, kPrevious);
     CVLIPTCINI ini;
     LoadAndReplace(folder, ini);
     ASSERT_EQ(::chmod(folder.dir.Path().c_str(), 0555), 0);
-    const bool saved = ini.StoreUserLists();
+    const bool saved = !AsUnprivileged([&] { return !ini.StoreUserLists(); });
     ::chmod(folder.dir.Path().c_str(), 0755);
     EXPECT_FALSE(saved) << "the move to the backup fails";
     EXPECT_EQ(ReadFile(folder.UserData()), kPrevious);

@@ -1,0 +1,22 @@
+#pragma once
+
+// Permissions do not bind root, and the tests may well run as root (in a
+// container, on a build machine). A test of what a read-only file or folder
+// refuses runs its check through AsUnprivileged.
+
+#include <functional>
+#include <string>
+
+namespace vliptc::test {
+
+// Runs check as a user without rights to the test's files and returns its
+// result: in this process when it is not root's, else in a child process
+// that has given up root for the user and group "nobody" (65534); false
+// when the child could not. The folders on the way to the files the check
+// uses must let others in (OpenToOthers).
+bool AsUnprivileged(const std::function<bool()>& check);
+
+// Lets every user enter and list the folder (mode 0755).
+void OpenToOthers(const std::string& folder);
+
+}  // namespace vliptc::test
