@@ -78,7 +78,7 @@ TEST_F(FileFailure, AllThousandBackupNamesTaken) {
 TEST_F(FileFailure, ReadOnlyFileIsNotReplaced) {
     ASSERT_EQ(::chmod(m_path.c_str(), 0444), 0);
     OpenToOthers(m_dir.Path());
-    EXPECT_TRUE(AsUnprivileged([&] { return Write() == CIPTC::kCannotMapOrWrite; }));
+    VLIPTC_EXPECT_AS_UNPRIVILEGED([&] { return Write() == CIPTC::kCannotMapOrWrite; });
     ::chmod(m_path.c_str(), 0644);
     ExpectUntouched();
 }

@@ -27,7 +27,6 @@ namespace {
 
 namespace fs = std::filesystem;
 using namespace vliptc::test::exiffiles;
-using vliptc::test::AsUnprivileged;
 using vliptc::test::kCorpus;
 using vliptc::test::OpenToOthers;
 using vliptc::test::ReadFile;
@@ -308,7 +307,7 @@ TEST(ExifStore, PathsThatCannotBeWritten) {
     WriteFile(path, content);
     fs::permissions(path, fs::perms::owner_read | fs::perms::group_read | fs::perms::others_read);
     OpenToOthers(dir.Path());
-    EXPECT_TRUE(AsUnprivileged([&] { return exif.StoreFile(path.c_str()) == CVLEXIF::errReadOnly; }));
+    VLIPTC_EXPECT_AS_UNPRIVILEGED([&] { return exif.StoreFile(path.c_str()) == CVLEXIF::errReadOnly; });
     EXPECT_TRUE(ReadFile(path) == content);
 }
 

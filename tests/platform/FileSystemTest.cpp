@@ -15,7 +15,6 @@
 namespace vliptc::platform {
 namespace {
 
-using test::AsUnprivileged;
 using test::OpenToOthers;
 using test::ReadFile;
 using test::TempDir;
@@ -192,7 +191,7 @@ TEST(FileSystem, IsReadOnly) {
     EXPECT_TRUE(IsReadOnly(dir.File("missing")));
     ASSERT_EQ(::chmod(path.c_str(), 0444), 0);
     OpenToOthers(dir.Path());
-    EXPECT_TRUE(AsUnprivileged([&] { return IsReadOnly(path); }));
+    VLIPTC_EXPECT_AS_UNPRIVILEGED([&] { return IsReadOnly(path); });
 }
 
 }  // namespace

@@ -18,7 +18,6 @@ namespace {
 
 using Access = MappedFile::Access;
 using Status = MappedFile::Status;
-using test::AsUnprivileged;
 using test::OpenToOthers;
 using test::ReadFile;
 using test::TempDir;
@@ -92,11 +91,11 @@ TEST(MappedFile, ReadWriteNeedsWritePermission) {
     WriteFile(dir.File("f"), "x");
     ASSERT_EQ(::chmod(dir.File("f").c_str(), 0444), 0);
     OpenToOthers(dir.Path());
-    EXPECT_TRUE(AsUnprivileged([&] {
+    VLIPTC_EXPECT_AS_UNPRIVILEGED([&] {
         MappedFile file;
         return file.Open(dir.File("f"), Access::ReadWrite) == Status::CannotOpen &&
                file.Open(dir.File("f"), Access::ReadOnly) == Status::Ok;
-    }));
+    });
 }
 
 TEST(MappedFile, MoveAndReopen) {

@@ -221,9 +221,9 @@ TEST(UserLists, ReadOnlyFolderKeepsTheFile) {
     CVLIPTCINI ini;
     LoadAndReplace(folder, ini);
     ASSERT_EQ(::chmod(folder.dir.Path().c_str(), 0555), 0);
-    const bool saved = !AsUnprivileged([&] { return !ini.StoreUserLists(); });
+    // The move to the backup fails.
+    VLIPTC_EXPECT_AS_UNPRIVILEGED([&] { return !ini.StoreUserLists(); });
     ::chmod(folder.dir.Path().c_str(), 0755);
-    EXPECT_FALSE(saved) << "the move to the backup fails";
     EXPECT_EQ(ReadFile(folder.UserData()), kPrevious);
 }
 
