@@ -269,12 +269,16 @@ bool IFDParser::DecodeValues(std::uint32_t tag, std::uint64_t tiff, const CVLEXI
     const auto need = [&](std::uint64_t n, std::uint64_t skip = 0) {
         return inField ? bytes::Slice(field, skip, n) : m_stream.Bytes(offset + skip, n);
     };
-    // How many bytes the data holds from its start + skip: to the end of the
-    // value field, or of the file.
-    const auto room = [&](std::uint64_t skip) -> std::uint64_t {
+    // UTF-16 text from the data's start + skip: at most maxUnits units, up to
+    // the last whole unit before the end of the value field or of the file;
+    // nullopt when those bytes are not at hand.
+    const auto wide = [&](std::uint64_t skip, std::uint64_t maxUnits) -> std::optional<std::u16string> {
         const std::uint64_t at = inField ? skip : offset + skip;
         const std::uint64_t end = inField ? field.size() : m_stream.Size();
-        return at <= end ? end - at : 0;
+        const std::uint64_t room = at <= end ? end - at : 0;
+        const auto units = need(std::min(2 * maxUnits, room & ~std::uint64_t{1}), skip);
+        if (!units) return std::nullopt;
+        return Utf16Text(*units, maxUnits);
     };
 
     if (entry.nType == CVLEXIF::kTypeByte && count > kMaxByteValues) {
@@ -289,11 +293,9 @@ bool IFDParser::DecodeValues(std::uint32_t tag, std::uint64_t tiff, const CVLEXI
         // UTF-16 text of (type size x count) units: twice the bytes the entry
         // declares, stopped at the first zero unit.
         if (!need(total)) return false;
-        const auto units = need(std::min(2 * total, room(0) & ~std::uint64_t{1}));
-        if (!units) return false;
-        const std::u16string text = Utf16Text(*units, total);
-        if (!Spend(1, text.size())) return false;
-        values.push_back(WideText(text));
+        const auto text = wide(0, total);
+        if (!text || !Spend(1, text->size())) return false;
+        values.push_back(WideText(*text));
         return true;
     }
 
@@ -367,13 +369,9 @@ bool IFDParser::DecodeValues(std::uint32_t tag, std::uint64_t tiff, const CVLEXI
                     const std::string code = ZeroTerminated(comment->first(kCommentCodeBytes));
                     const std::uint32_t rest = count - kCommentCodeBytes;
                     if (EqualsNoCase(code, "UNICODE") || EqualsNoCase(code, "JIS")) {
-                        const auto units = need(
-                            std::min(2 * std::uint64_t{rest}, room(kCommentCodeBytes) & ~std::uint64_t{1}),
-                            kCommentCodeBytes);
-                        if (!units) return false;
-                        const std::u16string text = Utf16Text(*units, rest);
-                        if (!Spend(1, text.size())) return false;
-                        values.push_back(WideText(text));
+                        const auto text = wide(kCommentCodeBytes, rest);
+                        if (!text || !Spend(1, text->size())) return false;
+                        values.push_back(WideText(*text));
                     } else {
                         std::string text = ZeroTerminated(comment->subspan(kCommentCodeBytes));
                         if (!Spend(1, text.size())) return false;
